@@ -1,0 +1,112 @@
+#pragma once
+
+#include "records/Campaign.h"
+#include "records/ContactList.h"
+#include "records/ContactRow.h"
+#include "records/MessageTemplate.h"
+#include "records/SendLog.h"
+#include "records/Suppression.h"
+#include "records/TemplateAttachment.h"
+
+#include <QHash>
+#include <QObject>
+#include <QSet>
+#include <QSqlDatabase>
+
+#include <map>
+#include <memory>
+#include <optional>
+
+class QSqlQuery;
+
+// The one context of the persistent store. Records are plain values with a store identity; every change
+// goes through here. A transaction opens lazily at the first change and save() commits it, so changes
+// become durable only when saved. After changes, `changed` tells the screens which kinds of record moved,
+// once per turn of the event loop, and they read again.
+class Store : public QObject {
+    Q_OBJECT
+public:
+    enum Entity : unsigned {
+        ContactLists = 1u << 0,
+        ContactRows = 1u << 1,
+        MessageTemplates = 1u << 2,
+        TemplateAttachments = 1u << 3,
+        Campaigns = 1u << 4,
+        SendLogs = 1u << 5,
+        Suppressions = 1u << 6,
+    };
+    Q_DECLARE_FLAGS(Entities, Entity)
+    Q_FLAG(Entities)
+
+    static inline const QString schemaVersion = QStringLiteral("1.0.0");
+
+    // Opens or creates the store file. A file that can't be opened, isn't a SQLite database, fails its
+    // integrity check or records a schema this build doesn't know gives nothing, with the reason in
+    // `error`, and is left untouched.
+    static std::unique_ptr<Store> open(const QString& path, QString* error = nullptr);
+    static std::unique_ptr<Store> inMemory();
+    // The file in the user's data folder, or a store in memory when it can't be opened; that case leaves
+    // the one log line of the program.
+    static std::unique_ptr<Store> openDefault();
+    static QString defaultPath();
+
+    ~Store() override;
+
+    bool isInMemory() const { return m_path.isEmpty(); }
+    QString path() const { return m_path; }
+
+    // Generic record operations for the seven record types. insert() sets the new identity.
+    template <class T> bool insert(T& record);
+    template <class T> bool update(const T& record);
+    // Deleting a list, template or campaign deletes its rows, attachments or logs.
+    template <class T> bool remove(RecordId id);
+    template <class T> std::optional<T> find(RecordId id) const;
+    template <class T> QList<T> all() const;
+
+    // Rows of a list, in the order the store gives them (insertion order).
+    QList<ContactRow> rows(RecordId listId) const;
+    int rowCount(RecordId listId) const;
+    int validRowCount(RecordId listId) const;
+    // Inserts many rows of one list at once, setting their identities and owner.
+    bool insertRows(RecordId listId, QList<ContactRow>& rows);
+    // Writes only the statistics fields of a row, which is what an outcome changes.
+    bool updateRowOutcome(const ContactRow& row);
+
+    QList<TemplateAttachment> attachments(RecordId templateId) const;
+
+    QList<SendLog> logs(RecordId campaignId) const;
+    int sentCount(RecordId campaignId) const;   // counts unknown statuses as sent
+    int failedCount(RecordId campaignId) const;
+    // Delivered logs of the rolling last 24 hours for one send profile.
+    int inviateUltime24Ore(const QString& servizio, const QDateTime& now = QDateTime::currentDateTimeUtc()) const;
+    bool removeAllLogs();
+
+    // The normalised addresses of every suppression.
+    QSet<QString> suppressedEmails() const;
+    // Every row with a non-empty address, over all lists, by normalised address.
+    QHash<QString, QList<ContactRow>> righePerEmail() const;
+
+    bool save();
+    bool hasPendingChanges() const { return m_inTransaction; }
+
+Q_SIGNALS:
+    void changed(Store::Entities what);
+
+private:
+    Store(QSqlDatabase db, QString path);
+    static std::unique_ptr<Store> openConnection(const QString& location, QString path, QString* error);
+    bool createSchemaIfNeeded(QString* error);
+
+    bool beginChange(Entities what);
+    QSqlQuery& prepared(const QString& sql) const;
+    void flushChanged();
+
+    QSqlDatabase m_db;
+    QString m_path;
+    bool m_inTransaction = false;
+    Entities m_pending;
+    bool m_flushScheduled = false;
+    mutable std::map<QString, std::unique_ptr<QSqlQuery>> m_queries;
+};
+
+Q_DECLARE_OPERATORS_FOR_FLAGS(Store::Entities)
