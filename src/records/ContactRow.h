@@ -24,7 +24,7 @@ struct ContactRow {
     int inviateCount = 0;
     int erroriCount = 0;
     int saltateCount = 0;
-    std::optional<QDateTime> primoInvio; // first delivery; set once and never moved
+    std::optional<QDateTime> primoInvio;  // first delivery; set once and never moved
     std::optional<QDateTime> ultimoInvio; // last attempt, delivered or failed
     QString ultimoEsitoRaw;
     QString ultimoDettaglio;

@@ -9,8 +9,8 @@
 struct MessageTemplate {
     RecordId id = 0;
     QString name;
-    QString subject; // may hold placeholders
-    QString html;    // may hold placeholders
+    QString subject;       // may hold placeholders
+    QString html;          // may hold placeholders
     QString plainOverride; // hand-written plain text; when empty it is derived from the HTML
     QDateTime updatedAt = QDateTime::currentDateTimeUtc();
     QString note;

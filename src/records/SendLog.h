@@ -14,13 +14,13 @@ struct SendLog {
     QString statusRaw;
     QString detail;
     QDateTime date = QDateTime::currentDateTimeUtc();
-    QString servizio;      // the send profile in use; the daily quota counts per servizio
+    QString servizio;        // the send profile in use; the daily quota counts per servizio
     RecordId campaignId = 0; // absent for a test message
 
     SendLog() = default;
     SendLog(QString email, QString subject, SendStatus status, QString detail, QString servizio)
-        : email(std::move(email)), subject(std::move(subject)), statusRaw(rawValue(status)),
-          detail(std::move(detail)), servizio(std::move(servizio)) {}
+        : email(std::move(email)), subject(std::move(subject)), statusRaw(rawValue(status)), detail(std::move(detail)),
+          servizio(std::move(servizio)) {}
 
     // Lenient on purpose: an unknown raw value reads as sent.
     SendStatus status() const { return logStatusFromRaw(statusRaw); }

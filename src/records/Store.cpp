@@ -10,6 +10,7 @@
 #include <QSqlQuery>
 #include <QStandardPaths>
 #include <QTimer>
+#include <QUrl>
 
 using namespace StoreTables;
 
@@ -45,8 +46,9 @@ QString inspectExistingFile(const QString& path) {
     QString problem;
     {
         QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
-        db.setDatabaseName(path);
-        db.setConnectOptions(QStringLiteral("QSQLITE_OPEN_READONLY"));
+        // immutable: no locks, no -wal or -shm files made beside it.
+        db.setDatabaseName(QUrl::fromLocalFile(path).toString(QUrl::FullyEncoded) + QStringLiteral("?immutable=1"));
+        db.setConnectOptions(QStringLiteral("QSQLITE_OPEN_READONLY;QSQLITE_OPEN_URI"));
         if (!db.open()) {
             problem = db.lastError().text();
         } else {
@@ -187,8 +189,7 @@ QSqlQuery& Store::prepared(const QString& sql) const {
     if (it == m_queries.end()) {
         auto query = std::make_unique<QSqlQuery>(m_db);
         query->setForwardOnly(true);
-        if (!query->prepare(sql))
-            qWarning("Brezzario: %s: %s", qUtf8Printable(sql), qUtf8Printable(query->lastError().text()));
+        query->prepare(sql);
         it = m_queries.emplace(sql, std::move(query)).first;
     }
     return *it->second;
@@ -224,12 +225,15 @@ bool Store::save() {
 
 namespace {
 bool execWith(QSqlQuery& query, const QVariantList& values) {
-    for (int i = 0; i < values.size(); ++i)
-        query.bindValue(i, values.at(i));
-    const bool ok = query.exec();
-    if (!ok)
-        qWarning("Brezzario: %s", qUtf8Printable(query.lastError().text()));
-    return ok;
+    for (int i = 0; i < values.size(); ++i) {
+        const QVariant& value = values.at(i);
+        // A null QString would bind as SQL NULL; a record's texts are never absent, only empty.
+        if (value.typeId() == QMetaType::QString && value.toString().isNull())
+            query.bindValue(i, QStringLiteral(""));
+        else
+            query.bindValue(i, value);
+    }
+    return query.exec();
 }
 } // namespace
 
@@ -249,8 +253,8 @@ template <class T> bool Store::insert(T& record) {
 
 template <class T> bool Store::update(const T& record) {
     using Tb = Table<T>;
-    static const QString sql = QStringLiteral("UPDATE %1 SET %2 = ? WHERE id = ?")
-                                   .arg(QLatin1String(Tb::name), Tb::columns().join(u" = ?, "));
+    static const QString sql =
+        QStringLiteral("UPDATE %1 SET %2 = ? WHERE id = ?").arg(QLatin1String(Tb::name), Tb::columns().join(u" = ?, "));
     if (record.id <= 0)
         return false;
     beginChange(Tb::entity);

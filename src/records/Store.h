@@ -75,7 +75,7 @@ public:
     QList<TemplateAttachment> attachments(RecordId templateId) const;
 
     QList<SendLog> logs(RecordId campaignId) const;
-    int sentCount(RecordId campaignId) const;   // counts unknown statuses as sent
+    int sentCount(RecordId campaignId) const; // counts unknown statuses as sent
     int failedCount(RecordId campaignId) const;
     // Delivered logs of the rolling last 24 hours for one send profile.
     int inviateUltime24Ore(const QString& servizio, const QDateTime& now = QDateTime::currentDateTimeUtc()) const;

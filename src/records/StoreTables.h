@@ -44,8 +44,14 @@ template <> struct Table<ContactList> {
         return {"name", "importedAt", "sourceFileName", "columns", "emailColumn", "note", "tag", "isArchived"};
     }
     static QVariantList values(const ContactList& r) {
-        return {r.name, fromDate(r.importedAt), r.sourceFileName, encodeColumns(r.columns), r.emailColumn,
-                r.note, r.tag, r.isArchived};
+        return {r.name,
+                fromDate(r.importedAt),
+                r.sourceFileName,
+                encodeColumns(r.columns),
+                r.emailColumn,
+                r.note,
+                r.tag,
+                r.isArchived};
     }
     static ContactList read(const QSqlQuery& q) {
         ContactList r;
@@ -66,15 +72,14 @@ template <> struct Table<ContactRow> {
     static constexpr auto name = "ContactRow";
     static constexpr Store::Entity entity = Store::ContactRows;
     static QStringList columns() {
-        return {"listId",      "\"values\"",     "email",          "isExcluded",      "inviateCount",
-                "erroriCount", "saltateCount",   "primoInvio",     "ultimoInvio",     "ultimoEsitoRaw",
+        return {"listId",          "\"values\"",     "email",        "isExcluded",  "inviateCount",
+                "erroriCount",     "saltateCount",   "primoInvio",   "ultimoInvio", "ultimoEsitoRaw",
                 "ultimoDettaglio", "ultimaCampagna", "ultimoOggetto"};
     }
     static QVariantList values(const ContactRow& r) {
-        return {fromRef(r.listId),    encodeValues(r.values), r.email,
-                r.isExcluded,         r.inviateCount,         r.erroriCount,
-                r.saltateCount,       fromDate(r.primoInvio), fromDate(r.ultimoInvio),
-                r.ultimoEsitoRaw,     r.ultimoDettaglio,      r.ultimaCampagna,
+        return {fromRef(r.listId),       encodeValues(r.values), r.email,           r.isExcluded,
+                r.inviateCount,          r.erroriCount,          r.saltateCount,    fromDate(r.primoInvio),
+                fromDate(r.ultimoInvio), r.ultimoEsitoRaw,       r.ultimoDettaglio, r.ultimaCampagna,
                 r.ultimoOggetto};
     }
     static ContactRow read(const QSqlQuery& q) {
@@ -139,12 +144,13 @@ template <> struct Table<Campaign> {
     static constexpr auto name = "Campaign";
     static constexpr Store::Entity entity = Store::Campaigns;
     static QStringList columns() {
-        return {"name",          "createdAt",       "statusRaw",      "fromName",   "fromEmail", "replyTo",
-                "snapshotSubject", "snapshotHTML", "skipDuplicates", "templateId", "listId"};
+        return {"name",         "createdAt",      "statusRaw",  "fromName", "fromEmail", "replyTo", "snapshotSubject",
+                "snapshotHTML", "skipDuplicates", "templateId", "listId"};
     }
     static QVariantList values(const Campaign& r) {
-        return {r.name,       fromDate(r.createdAt), r.statusRaw,      r.fromName,      r.fromEmail, r.replyTo,
-                r.snapshotSubject, r.snapshotHTML,   r.skipDuplicates, fromRef(r.templateId), fromRef(r.listId)};
+        return {r.name,           fromDate(r.createdAt), r.statusRaw,    r.fromName,       r.fromEmail,
+                r.replyTo,        r.snapshotSubject,     r.snapshotHTML, r.skipDuplicates, fromRef(r.templateId),
+                fromRef(r.listId)};
     }
     static Campaign read(const QSqlQuery& q) {
         Campaign r;
@@ -167,7 +173,9 @@ template <> struct Table<Campaign> {
 template <> struct Table<SendLog> {
     static constexpr auto name = "SendLog";
     static constexpr Store::Entity entity = Store::SendLogs;
-    static QStringList columns() { return {"email", "subject", "statusRaw", "detail", "date", "servizio", "campaignId"}; }
+    static QStringList columns() {
+        return {"email", "subject", "statusRaw", "detail", "date", "servizio", "campaignId"};
+    }
     static QVariantList values(const SendLog& r) {
         return {r.email, r.subject, r.statusRaw, r.detail, fromDate(r.date), r.servizio, fromRef(r.campaignId)};
     }

@@ -1,8 +1,8 @@
 #include "settings/Keychain.h"
 
 #include <QEventLoop>
-#include <QTimer>
 #include <qt6keychain/keychain.h>
+#include <QTimer>
 
 namespace {
 

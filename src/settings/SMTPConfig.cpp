@@ -92,16 +92,15 @@ bool readInt(const QJsonObject& o, const char* key, int& field) {
 
 std::optional<SMTPConfig> SMTPConfig::fromJson(const QJsonObject& o) {
     SMTPConfig c;
-    const bool ok = readText(o, "host", c.host) && readInt(o, "port", c.port) && readBool(o, "useTLS", c.useTLS) &&
-                    readText(o, "username", c.username) && readText(o, "fromName", c.fromName) &&
-                    readText(o, "fromEmail", c.fromEmail) && readText(o, "replyTo", c.replyTo) &&
-                    readDouble(o, "delayBetweenMessages", c.delayBetweenMessages) &&
-                    readInt(o, "dailyLimit", c.dailyLimit) && readBool(o, "piePaginaAttivo", c.piePaginaAttivo) &&
-                    readText(o, "emailDisiscrizione", c.emailDisiscrizione) &&
-                    readText(o, "mittentePostale", c.mittentePostale) &&
-                    readText(o, "motivazioneContatto", c.motivazioneContatto) &&
-                    readBool(o, "escludiRifiutati", c.escludiRifiutati) &&
-                    readBool(o, "verificaDomini", c.verificaDomini);
+    const bool ok =
+        readText(o, "host", c.host) && readInt(o, "port", c.port) && readBool(o, "useTLS", c.useTLS) &&
+        readText(o, "username", c.username) && readText(o, "fromName", c.fromName) &&
+        readText(o, "fromEmail", c.fromEmail) && readText(o, "replyTo", c.replyTo) &&
+        readDouble(o, "delayBetweenMessages", c.delayBetweenMessages) && readInt(o, "dailyLimit", c.dailyLimit) &&
+        readBool(o, "piePaginaAttivo", c.piePaginaAttivo) && readText(o, "emailDisiscrizione", c.emailDisiscrizione) &&
+        readText(o, "mittentePostale", c.mittentePostale) &&
+        readText(o, "motivazioneContatto", c.motivazioneContatto) &&
+        readBool(o, "escludiRifiutati", c.escludiRifiutati) && readBool(o, "verificaDomini", c.verificaDomini);
     if (!ok)
         return std::nullopt;
     return c;

@@ -54,7 +54,8 @@ int clampIndex(int index, qsizetype count) {
 } // namespace
 
 SettingsStore::SettingsStore(QObject* parent)
-    : QObject(parent), m_preferenze(std::make_unique<QSettings>(QStringLiteral("velarmo"), QStringLiteral("Brezzario"))) {
+    : QObject(parent),
+      m_preferenze(std::make_unique<QSettings>(QStringLiteral("velarmo"), QStringLiteral("Brezzario"))) {
     m_profili = caricaProfili();
     const auto stored = integerValue(*m_preferenze, chiaveProfiloAttivo);
     m_indiceAttivo = stored ? clampIndex(*stored, m_profili.size()) : 0;
@@ -69,7 +70,8 @@ QList<ProfiloInvio> SettingsStore::caricaProfili() {
     if (auto config = storedConfig(m_preferenze->value(chiaveConfigurazione)))
         profili.append(profiloDa(*config));
     const auto hasHost = [&](const QString& host) {
-        return std::any_of(profili.cbegin(), profili.cend(), [&](const ProfiloInvio& p) { return p.config.host == host; });
+        return std::any_of(profili.cbegin(), profili.cend(),
+                           [&](const ProfiloInvio& p) { return p.config.host == host; });
     };
     if (!hasHost(hostOf(Preset::brevo)))
         profili.append(ProfiloInvio{QUuid::createUuid(), QStringLiteral("Brevo"), configPredefinita(Preset::brevo)});

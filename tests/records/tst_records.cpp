@@ -1,10 +1,10 @@
-#include "TestEnvironment.h"
 #include "records/ContactRow.h"
 #include "records/EmailSyntax.h"
 #include "records/SendLog.h"
 #include "records/Statuses.h"
 #include "records/Suppression.h"
 #include "records/Text.h"
+#include "TestEnvironment.h"
 
 class TestRecords : public QObject {
     Q_OBJECT
@@ -67,17 +67,23 @@ void TestRecords::trimming_data() {
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("whitespace");
     QTest::addColumn<QString>("whitespaceAndNewlines");
-    QTest::newRow("tab and blanks") << " \tabc\t " << "abc" << "abc";
-    QTest::newRow("line feed is not whitespace") << "\nabc\n" << "\nabc\n" << "abc";
-    QTest::newRow("no-break space is Zs") << QString::fromUtf16(u"\u00a0abc\u2003") << "abc" << "abc";
-    QTest::newRow("line separator is a newline") << QString::fromUtf16(u"\u2028abc") << QString::fromUtf16(u"\u2028abc")
+    QTest::newRow("tab and blanks") << " \tabc\t "
+                                    << "abc"
+                                    << "abc";
+    QTest::newRow("line feed is not whitespace") << "\nabc\n"
+                                                 << "\nabc\n"
                                                  << "abc";
+    QTest::newRow("no-break space is Zs") << QString::fromUtf16(u"\u00a0abc\u2003") << "abc"
+                                          << "abc";
+    QTest::newRow("line separator is a newline")
+        << QString::fromUtf16(u"\u2028abc") << QString::fromUtf16(u"\u2028abc") << "abc";
     QTest::newRow("NEL and CR LF") << QString::fromUtf16(u"\u0085abc\r\n") << QString::fromUtf16(u"\u0085abc\r\n")
                                    << "abc";
-    QTest::newRow("inner space kept") << "  a b  " << "a b" << "a b";
-    QTest::newRow("zero-width space is not whitespace") << QString::fromUtf16(u"\u200babc")
-                                                        << QString::fromUtf16(u"\u200babc")
-                                                        << QString::fromUtf16(u"\u200babc");
+    QTest::newRow("inner space kept") << "  a b  "
+                                      << "a b"
+                                      << "a b";
+    QTest::newRow("zero-width space is not whitespace")
+        << QString::fromUtf16(u"\u200babc") << QString::fromUtf16(u"\u200babc") << QString::fromUtf16(u"\u200babc");
 }
 
 void TestRecords::trimming() {
@@ -201,12 +207,18 @@ void TestRecords::statusRawValues_data() {
     QTest::addColumn<QString>("logStatus");      // as a SendLog reads it
     QTest::addColumn<bool>("rowOutcomePresent"); // as ContactRow.ultimoEsito reads it
     QTest::addColumn<QString>("campaignStatus");
-    QTest::newRow("sent") << "sent" << "sent" << true << "draft";
-    QTest::newRow("failed") << "failed" << "failed" << true << "failed";
-    QTest::newRow("unknown") << "bounced" << "sent" << false << "draft";
-    QTest::newRow("upper case is unknown") << "SENT" << "sent" << false << "draft";
-    QTest::newRow("completed") << "completed" << "sent" << false << "completed";
-    QTest::newRow("empty") << "" << "sent" << false << "draft";
+    QTest::newRow("sent") << "sent"
+                          << "sent" << true << "draft";
+    QTest::newRow("failed") << "failed"
+                            << "failed" << true << "failed";
+    QTest::newRow("unknown") << "bounced"
+                             << "sent" << false << "draft";
+    QTest::newRow("upper case is unknown") << "SENT"
+                                           << "sent" << false << "draft";
+    QTest::newRow("completed") << "completed"
+                               << "sent" << false << "completed";
+    QTest::newRow("empty") << ""
+                           << "sent" << false << "draft";
 }
 
 void TestRecords::statusRawValues() {

@@ -16,10 +16,9 @@ bool TestCA::openssl(const QStringList& arguments) {
 }
 
 TestCA::TestCA() {
-    m_valid = openssl({"req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1", "-nodes",
-                       "-keyout", "ca.key", "-out", "ca.pem", "-days", "2", "-subj", "/CN=Brezzario Test CA",
-                       "-addext", "basicConstraints=critical,CA:TRUE", "-addext",
-                       "keyUsage=critical,keyCertSign,cRLSign"});
+    m_valid = openssl({"req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1", "-nodes", "-keyout",
+                       "ca.key", "-out", "ca.pem", "-days", "2", "-subj", "/CN=Brezzario Test CA", "-addext",
+                       "basicConstraints=critical,CA:TRUE", "-addext", "keyUsage=critical,keyCertSign,cRLSign"});
 }
 
 QList<QSslCertificate> TestCA::certificates() const {
@@ -41,8 +40,8 @@ TestCA::Issued TestCA::issue(const QString& name, const QStringList& dnsNames, c
         extensions.close();
     }
     const bool ok =
-        openssl({"req", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1", "-nodes", "-keyout",
-                 base + ".key", "-out", base + ".csr", "-subj", "/CN=" + name}) &&
+        openssl({"req", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1", "-nodes", "-keyout", base + ".key",
+                 "-out", base + ".csr", "-subj", "/CN=" + name}) &&
         openssl({"x509", "-req", "-in", base + ".csr", "-CA", "ca.pem", "-CAkey", "ca.key", "-set_serial",
                  QString::number(1000 + m_serial), "-out", base + ".pem", "-days", "2", "-extfile", base + ".ext"});
     if (!ok)

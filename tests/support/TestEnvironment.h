@@ -27,5 +27,5 @@ QString artifactsDir();
 #define BREZZARIO_TEST_MAIN(TestObject)                                                                                \
     QTEST_MAIN_WRAPPER(TestObject, TestSupport::IsolatedEnvironment brezzarioIsolation; QTEST_MAIN_SETUP())
 #define BREZZARIO_TEST_GUILESS_MAIN(TestObject)                                                                        \
-    QTEST_MAIN_WRAPPER(TestObject, TestSupport::IsolatedEnvironment brezzarioIsolation;                               \
+    QTEST_MAIN_WRAPPER(TestObject, TestSupport::IsolatedEnvironment brezzarioIsolation;                                \
                        QTEST_QAPP_SETUP(QCoreApplication))
