@@ -403,6 +403,18 @@ int Store::sentCount(RecordId campaignId) const {
     return countOf(query);
 }
 
+QSet<QString> Store::sentEmails(RecordId campaignId) const {
+    QSqlQuery& query = prepared(QStringLiteral(
+        "SELECT email FROM SendLog WHERE campaignId = ? AND statusRaw NOT IN ('failed', 'skipped', 'test')"));
+    query.bindValue(0, campaignId);
+    QSet<QString> result;
+    if (query.exec())
+        while (query.next())
+            result.insert(Text::normalizedAddress(query.value(0).toString()));
+    query.finish();
+    return result;
+}
+
 int Store::failedCount(RecordId campaignId) const {
     QSqlQuery& query =
         prepared(QStringLiteral("SELECT count(*) FROM SendLog WHERE campaignId = ? AND statusRaw = 'failed'"));

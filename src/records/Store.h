@@ -77,6 +77,8 @@ public:
     QList<SendLog> logs(RecordId campaignId) const;
     int sentCount(RecordId campaignId) const; // counts unknown statuses as sent
     int failedCount(RecordId campaignId) const;
+    // The normalised addresses this campaign has delivered to (an unknown status counts as delivered).
+    QSet<QString> sentEmails(RecordId campaignId) const;
     // Delivered logs of the rolling last 24 hours for one send profile.
     int inviateUltime24Ore(const QString& servizio, const QDateTime& now = QDateTime::currentDateTimeUtc()) const;
     bool removeAllLogs();

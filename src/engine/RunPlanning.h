@@ -1,0 +1,57 @@
+#pragma once
+
+#include "records/Store.h"
+
+#include <QList>
+#include <QSet>
+#include <QString>
+#include <QUuid>
+
+#include <optional>
+
+// What a run would do before it connects: which rows become recipients, in which order, and which are
+// left out and why. The campaigns screen calls these too, to show beforehand what a run would do.
+namespace RunPlanning {
+
+// The raw value is the text that is shown, logged and stored.
+enum class SkipReason {
+    invalidEmail,
+    duplicateInList,
+    alreadySent,
+    suppressed,
+    excludedRow,
+    overDailyLimit, // never planned: addresses cut by the quota are only counted
+    dominioSenzaPosta,
+};
+QString rawValue(SkipReason reason);
+
+struct Destinatario {
+    QUuid id = QUuid::createUuid();
+    QString email; // normalised
+    RowValues values;
+};
+
+struct Skip {
+    QString email;
+    SkipReason reason;
+    bool operator==(const Skip&) const = default;
+};
+
+struct Plan {
+    QList<Destinatario> recipients;
+    QList<Skip> skips;
+};
+
+// One pass over the list's rows in store order. The delivered set looks at this campaign's logs only.
+Plan plan(const Campaign& campaign, const std::optional<ContactList>& list, const QSet<QString>& suppressed,
+          const Store& store);
+
+// The campaign's list and template if they still exist: a reference left by a deleted record reads as absent.
+std::optional<ContactList> listaValida(const Campaign& campaign, const Store& store);
+std::optional<MessageTemplate> modelloValido(const Campaign& campaign, const Store& store);
+
+// Delivered messages of one send profile in the rolling last 24 hours.
+int inviateUltime24Ore(const Store& store, const QString& servizio,
+                       const QDateTime& now = QDateTime::currentDateTimeUtc());
+
+} // namespace RunPlanning
