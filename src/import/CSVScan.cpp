@@ -54,16 +54,14 @@ DelimiterCount countPerLine(QStringView sample, char16_t candidate) {
     return result;
 }
 
-// How many lines agree on the most frequent non-zero count; on a tie of frequencies the larger count.
+// How many lines agree on the most frequent non-zero count. Lines without the candidate are set aside:
+// titles, notes and blank lines say nothing about it.
 int consistency(const QList<int>& perLine) {
     std::map<int, int> frequency;
+    int best = 0;
     for (int count : perLine)
         if (count > 0)
-            ++frequency[count];
-    int best = 0;
-    for (const auto& [count, lines] : frequency)
-        if (lines >= best)
-            best = lines;
+            best = std::max(best, ++frequency[count]);
     return best;
 }
 
