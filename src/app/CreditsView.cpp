@@ -39,6 +39,7 @@ CreditsView::CreditsView(QWidget* genitore) : QWidget(genitore) {
 
     auto* produttore = new QLabel(tr("Un programma di Nembrosa Software"), this);
     produttore->setObjectName(QStringLiteral("produttore"));
+    produttore->setWordWrap(true);
     QFont piccolo = produttore->font();
     piccolo.setPointSizeF(piccolo.pointSizeF() * 0.85);
     produttore->setFont(piccolo);

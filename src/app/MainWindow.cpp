@@ -72,6 +72,11 @@ QWidget* MainWindow::creaSidebar() {
     sidebar->setObjectName(QStringLiteral("sidebar"));
     sidebar->setMinimumWidth(sidebarMinima);
     sidebar->setMaximumWidth(sidebarMassima);
+    // A shade apart from the detail, as the sidebars of desktop programs have.
+    sidebar->setAutoFillBackground(true);
+    QPalette tavolozza = sidebar->palette();
+    tavolozza.setColor(QPalette::Window, tavolozza.color(QPalette::Window).darker(104));
+    sidebar->setPalette(tavolozza);
     auto* colonna = new QVBoxLayout(sidebar);
     colonna->setContentsMargins(10, 12, 10, 0);
     colonna->setSpacing(2);

@@ -67,8 +67,8 @@ SendDashboardView::SendDashboardView(std::shared_ptr<SendEngine> motore, QWidget
     colonna->addWidget(creaDati());
     auto* pannelli = new QHBoxLayout;
     pannelli->setSpacing(14);
-    pannelli->addWidget(creaProblemi(), 1);
-    pannelli->addWidget(creaRegistro(), 1);
+    pannelli->addWidget(creaProblemi(), 2);
+    pannelli->addWidget(creaRegistro(), 3);
     colonna->addLayout(pannelli, 1);
     colonna->addWidget(creaComandi());
 
@@ -185,6 +185,10 @@ QWidget* SendDashboardView::creaProblemi() {
     scorrevole->setObjectName(QStringLiteral("scorrimentoProblemi"));
     scorrevole->setWidgetResizable(true);
     scorrevole->setFrameShape(QFrame::NoFrame);
+    scorrevole->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    // The notes sit on the group's own background, not on a second panel.
+    scorrevole->setStyleSheet(
+        QStringLiteral("QScrollArea, QScrollArea > QWidget > QWidget { background: transparent; }"));
     m_dettaglioProblemi = new QWidget(scorrevole);
     auto* dentro = new QVBoxLayout(m_dettaglioProblemi);
     dentro->setContentsMargins(0, 0, 6, 0);
@@ -243,10 +247,11 @@ QWidget* SendDashboardView::creaRegistro() {
     m_registro->setHeaderHidden(true);
     m_registro->setSelectionMode(QAbstractItemView::NoSelection);
     m_registro->setFocusPolicy(Qt::NoFocus);
-    m_registro->setTextElideMode(Qt::ElideMiddle);
+    m_registro->setTextElideMode(Qt::ElideRight);
+    m_registro->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_registro->header()->setStretchLastSection(true);
     m_registro->setColumnWidth(EventiModel::ora, 96);
-    m_registro->setColumnWidth(EventiModel::destinatario, 190);
+    m_registro->setColumnWidth(EventiModel::destinatario, 210);
     colonna->addWidget(m_registro);
 
     m_scorrimento = new QVariantAnimation(this);
