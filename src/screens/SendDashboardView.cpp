@@ -24,6 +24,7 @@
 namespace {
 
 constexpr int aggiornamentoMs = 1000;
+constexpr int fotogrammaMs = 16;
 // The bar is drawn at 1.6 times the height a plain bar has.
 constexpr int altezzaBarra = 10;
 
@@ -72,7 +73,16 @@ SendDashboardView::SendDashboardView(std::shared_ptr<SendEngine> motore, QWidget
     colonna->addLayout(pannelli, 1);
     colonna->addWidget(creaComandi());
 
-    connect(m_motore.get(), &SendEngine::changed, this, &SendDashboardView::aggiorna);
+    // At pace 0 the engine changes at every turn of the event loop; the sheet follows at most once a
+    // frame, which no eye can tell apart from every change and leaves the loop free for the user.
+    m_fotogramma = new QTimer(this);
+    m_fotogramma->setSingleShot(true);
+    m_fotogramma->setInterval(fotogrammaMs);
+    connect(m_fotogramma, &QTimer::timeout, this, &SendDashboardView::aggiorna);
+    connect(m_motore.get(), &SendEngine::changed, this, [this] {
+        if (!m_fotogramma->isActive())
+            m_fotogramma->start();
+    });
     auto* orologio = new QTimer(this);
     orologio->setInterval(aggiornamentoMs);
     connect(orologio, &QTimer::timeout, this, &SendDashboardView::aggiorna);

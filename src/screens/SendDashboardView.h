@@ -14,6 +14,7 @@ class QLabel;
 class QProgressBar;
 class QPushButton;
 class QTreeView;
+class QTimer;
 class QVariantAnimation;
 class RiquadroView;
 
@@ -53,6 +54,7 @@ private:
 
     std::shared_ptr<SendEngine> m_motore;
     bool m_mostraTutti = false;
+    QTimer* m_fotogramma = nullptr;
 
     QLabel* m_titolo = nullptr;
     QLabel* m_sottotitolo = nullptr;
