@@ -21,7 +21,7 @@ struct SMTPSessionOptions {
     std::chrono::milliseconds timeout = std::chrono::seconds(30);
     // Certificate authorities trusted on top of the system's, for tests that run their own server. It
     // only ever adds trust in a known issuer: a certificate that fails the checks is still refused.
-    QList<QSslCertificate> extraTrustedCertificates;
+    QList<QSslCertificate> extraTrustedCertificates = {};
 };
 
 // One SMTP server, at most one connection, any number of messages one after the other, one recipient each.
