@@ -29,34 +29,32 @@ SMTPSession::SMTPSession(SMTPConfig config, QString password, Options options)
 
 SMTPSession::~SMTPSession() = default;
 
-QTcpSocket* SMTPSession::openSocket() {
-    if (!m_config.useTLS) {
-        auto* socket = new QTcpSocket;
-        socket->connectToHost(m_config.host, quint16(m_config.port));
-        return socket;
-    }
+QTcpSocket* SMTPSession::makeSocket() const {
+    if (!m_config.useTLS)
+        return new QTcpSocket;
     auto* socket = new QSslSocket;
     QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
     if (!m_options.extraTrustedCertificates.isEmpty())
         configuration.addCaCertificates(m_options.extraTrustedCertificates);
     socket->setSslConfiguration(configuration);
-    socket->connectToHostEncrypted(m_config.host, quint16(m_config.port));
     return socket;
 }
 
 QCoro::Task<> SMTPSession::connect() {
     if (m_config.port < 1 || m_config.port > 65535)
         throw SMTPError::transport(SMTPError::tr("Porta non valida: ") + QString::number(m_config.port));
-    m_connection.reset();
+    m_connection.reset(makeSocket());
     m_buffer.clear();
     m_supportsAuthLogin = false;
     m_supportsAuthPlain = false;
 
     const bool tls = m_config.useTLS;
-    // The socket reports only from the event loop, which doesn't run before the co_await below, so the
-    // waiter is listening in time.
-    m_connection.reset(openSocket());
+    // Listening before the connection starts: some failures are reported at once, not from the event loop.
     ConnectionWaiter waiter(m_connection.get(), tls);
+    if (tls)
+        static_cast<QSslSocket*>(m_connection.get())->connectToHostEncrypted(m_config.host, quint16(m_config.port));
+    else
+        m_connection->connectToHost(m_config.host, quint16(m_config.port));
     if (!waiter.isSettled()) {
         const auto settled = co_await qCoro(&waiter, &ConnectionWaiter::settled, m_options.timeout);
         if (!settled.has_value())

@@ -66,7 +66,7 @@ private:
     // The same, but a refusal is first followed by RSET, whose own outcome doesn't matter.
     QCoro::Task<> expectOrReset(SMTPAwaiting state);
 
-    QTcpSocket* openSocket();
+    QTcpSocket* makeSocket() const;
     SMTPError socketFailure() const;
     [[noreturn]] void failTimedOut();
 
