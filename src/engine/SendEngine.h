@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/RunPlanning.h"
 #include "records/Statuses.h"
 
 #include <QCoro/QCoroTask>
@@ -13,6 +14,11 @@
 #include <functional>
 #include <memory>
 #include <optional>
+
+class SettingsStore;
+class SMTPSession;
+class Store;
+struct SMTPConfig;
 
 // The state of one run or simulation, observed by the screens. Each screen that sends owns an engine of
 // its own; a running task holds a reference to it, so the engine outlives a screen that is closed
@@ -39,6 +45,13 @@ public:
     };
 
     using Orologio = std::function<QDateTime()>;
+
+    using SkipReason = RunPlanning::SkipReason;
+    using Destinatario = RunPlanning::Destinatario;
+    using Plan = RunPlanning::Plan;
+
+    // Makes the session of a run or a test send; tests put in one with a short time-out and their own CA.
+    using FabbricaSessione = std::function<std::unique_ptr<SMTPSession>(const SMTPConfig&, const QString& password)>;
 
     static constexpr qsizetype righeRegistroMassime = 500;
     static constexpr qsizetype eventiMassimi = 5000;
@@ -96,6 +109,32 @@ public:
     QList<Motivo> erroriPerMotivo() const;
     QList<Motivo> scartiPerMotivo() const;
 
+    // --- Planning, also for the campaigns screen before a run -------------------------------------
+    static Plan plan(const Campaign& campaign, const std::optional<ContactList>& list, const QSet<QString>& suppressed,
+                     const Store& store);
+    static std::optional<ContactList> listaValida(const Campaign& campaign, const Store& store);
+    static std::optional<MessageTemplate> modelloValido(const Campaign& campaign, const Store& store);
+    static int inviateUltime24Ore(const Store& store, const QString& servizio);
+    static QSet<QString> suppressedEmails(const Store& store);
+    static QHash<QString, QList<ContactRow>> righePerEmail(const Store& store);
+
+    // --- Real runs ----------------------------------------------------------------------------------
+    // Plans, connects and delivers one campaign; the end of the run is the return. Never fails: what
+    // happened stands in the state. Returns at once when the engine is already running. The store and
+    // the settings must outlive the run; configuration and password are copied at its start.
+    QCoro::Task<> run(Campaign campaign, SettingsStore& settings, Store& store);
+    // One message to one address on a session of its own, leaving a log of the status `test`. Touches
+    // none of the engine's state, so it may run beside a campaign. Returns the text for the user.
+    QCoro::Task<QString> sendTest(MessageTemplate modello, RowValues values, QString to, SettingsStore& settings,
+                                  Store& store);
+
+    // --- Test seams ---------------------------------------------------------------------------------
+    void setFabbricaSessionePerTest(FabbricaSessione fabbrica);
+    std::unique_ptr<SMTPSession> nuovaSessione(const SMTPConfig& config, const QString& password) const;
+    // The domain check asks this resolver with this dig; empty texts restore the defaults.
+    static void setControlloDominiPerTest(const QString& resolver, const QString& dig = {});
+    static void svuotaCacheDominiPerTest();
+
     // --- Simulation ---------------------------------------------------------------------------------
     // Plays a whole run with made-up recipients and outcomes; touches neither the store nor the
     // settings. Returns at once when the engine is already running.
@@ -131,6 +170,7 @@ private:
     QList<Motivo> perMotivo(SendStatus esito) const;
 
     Orologio m_orologio;
+    FabbricaSessione m_fabbricaSessione;
     bool m_notificaInAttesa = false;
 
     bool m_isRunning = false;

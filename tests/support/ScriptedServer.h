@@ -20,6 +20,7 @@ class QTcpSocket;
 //
 // Script lines:
 //   "C: text"    the client must send exactly this line next (without its CR LF)
+//   "C* text"    the client sends any lines, then exactly this one (a message body that varies)
 //   "S: text"    the server sends the line and CR LF
 //   "S+ text"    the server sends the text with no line end: the first part of a line
 //   "pause N"    the server sends what it has and waits N ms, so the client reads in two goes

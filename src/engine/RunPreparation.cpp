@@ -1,0 +1,133 @@
+#include "engine/Corsa.h"
+
+#include "checks/MXCheck.h"
+#include "settings/SettingsStore.h"
+#include "smtp/SMTPSession.h"
+
+#include <algorithm>
+
+Corsa::Corsa(SendEngine& engine, Store& store) : m_engine(engine), m_vivo(&engine), m_store(store) {}
+
+Corsa::~Corsa() = default;
+
+QCoro::Task<bool> Corsa::prepara(Campaign campaign, SettingsStore& settings) {
+    if (m_engine.isRunning())
+        co_return false;
+    // The caller's copy may be older than the record: the snapshot of an earlier run must not be lost.
+    if (std::optional<Campaign> attuale = m_store.find<Campaign>(campaign.id))
+        campaign = std::move(*attuale);
+    const std::optional<MessageTemplate> modello = RunPlanning::modelloValido(campaign, m_store);
+    const std::optional<ContactList> lista = RunPlanning::listaValida(campaign, m_store);
+    if (!modello || !lista) {
+        m_engine.setLastError(tr("La campagna non ha più un modello o una lista validi: forse sono stati eliminati."));
+        co_return false;
+    }
+    m_engine.avvia();
+
+    // Everything the run reads from the settings is fixed here: a change during the run has no effect on it.
+    m_config = settings.config();
+    m_password = settings.password();
+    const QString servizio = settings.nomeProfiloAttivo();
+    m_engine.setDescrizione(campaign.name, m_config.fromEmail,
+                            m_config.host + QStringLiteral(":") + QString::number(m_config.port), servizio,
+                            m_config.delayBetweenMessages);
+
+    // A resumed campaign sends the text of its first run, whatever the template says now.
+    if (campaign.snapshotHTML.isEmpty()) {
+        campaign.snapshotSubject = modello->subject;
+        campaign.snapshotHTML = modello->html;
+    }
+    m_campagna = campaign;
+    m_modello = *modello;
+    m_modello.subject = campaign.snapshotSubject;
+    m_modello.html = campaign.snapshotHTML;
+
+    OutcomeRecorder::Contesto contesto;
+    contesto.campagna = campaign.id;
+    contesto.nomeCampagna = campaign.name;
+    contesto.servizio = servizio;
+    contesto.escludiRifiutati = m_config.escludiRifiutati;
+    contesto.suppressed = m_store.suppressedEmails();
+    RunPlanning::Plan piano = RunPlanning::plan(campaign, lista, contesto.suppressed, m_store);
+    contesto.righe = m_store.righePerEmail();
+    m_registro = std::make_unique<OutcomeRecorder>(m_engine, m_store, std::move(contesto));
+    for (const RunPlanning::Skip& salto : std::as_const(piano.skips))
+        m_registro->salto(salto.email, salto.reason, campaign.snapshotSubject);
+    m_destinatari = std::move(piano.recipients);
+
+    tagliaAllaQuota();
+    if (m_config.verificaDomini && !m_destinatari.isEmpty()) {
+        co_await controllaDomini();
+        if (!vivo())
+            co_return false;
+    }
+    m_engine.setTotal(m_destinatari.size());
+    salvaStato(CampaignStatus::running);
+
+    for (const TemplateAttachment& allegato : m_store.attachments(modello->id))
+        m_allegati.append({allegato.filename, allegato.mimeType, allegato.data});
+    co_return true;
+}
+
+void Corsa::tagliaAllaQuota() {
+    const qint64 inviateOggi = RunPlanning::inviateUltime24Ore(m_store, m_engine.servizio(), m_engine.adesso());
+    const qint64 tetto = m_config.dailyLimit;
+    m_engine.setQuota(inviateOggi, tetto);
+    if (tetto <= 0)
+        return;
+    const qint64 spazio = std::max<qint64>(0, tetto - inviateOggi);
+    if (m_destinatari.size() <= spazio)
+        return;
+    // Those cut leave no trace in the store: a later run takes them up, as no log says they were delivered.
+    m_engine.setRimandati(m_destinatari.size() - spazio);
+    m_destinatari.resize(spazio);
+    m_engine.append(tr("Tetto giornaliero %1 (già inviate oggi: %2): in questa tornata partono %3 messaggi, gli "
+                       "altri restano in attesa e si riprendono domani.")
+                        .arg(tetto)
+                        .arg(inviateOggi)
+                        .arg(spazio));
+}
+
+QCoro::Task<> Corsa::controllaDomini() {
+    m_engine.append(tr("Controllo dei domini dei destinatari…"));
+    QStringList indirizzi;
+    indirizzi.reserve(m_destinatari.size());
+    for (const RunPlanning::Destinatario& destinatario : std::as_const(m_destinatari))
+        indirizzi.append(destinatario.email);
+    const QHash<QString, MXCheck::Esito> esiti = co_await MXCheck::verifica(MXCheck::domini(indirizzi));
+    if (!vivo())
+        co_return;
+
+    // Only a domain that answers nothing at all is dropped: one with an address record but no mail server
+    // may still take mail, and an unknown answer is not a reason to leave someone out.
+    QList<RunPlanning::Destinatario> restano;
+    restano.reserve(m_destinatari.size());
+    qsizetype scartati = 0;
+    for (RunPlanning::Destinatario& destinatario : m_destinatari) {
+        const QString dominio = destinatario.email.mid(destinatario.email.lastIndexOf(u'@') + 1);
+        const auto esito = esiti.constFind(dominio);
+        if (esito != esiti.constEnd() && *esito == MXCheck::Esito::nonRisolto) {
+            m_registro->salto(destinatario.email, RunPlanning::SkipReason::dominioSenzaPosta,
+                              m_campagna.snapshotSubject);
+            ++scartati;
+        } else {
+            restano.append(std::move(destinatario));
+        }
+    }
+    m_destinatari = std::move(restano);
+    if (scartati > 0)
+        m_engine.append(tr("Scartati %1 indirizzi con dominio inesistente.").arg(scartati));
+}
+
+void Corsa::salvaStato(CampaignStatus stato) {
+    // The record in the store may have moved since the run began (a rename); only the run's fields change.
+    std::optional<Campaign> attuale = m_store.find<Campaign>(m_campagna.id);
+    if (attuale) {
+        attuale->snapshotSubject = m_campagna.snapshotSubject;
+        attuale->snapshotHTML = m_campagna.snapshotHTML;
+        attuale->setStatus(stato);
+        m_store.update(*attuale);
+    }
+    m_campagna.setStatus(stato);
+    m_store.save();
+}

@@ -1,0 +1,42 @@
+#include "composition/MessageComposer.h"
+#include "composition/MIMEBuilder.h"
+#include "engine/SendEngine.h"
+#include "engine/Tentativo.h"
+#include "settings/SettingsStore.h"
+#include "smtp/SMTPSession.h"
+
+QCoro::Task<QString> SendEngine::sendTest(MessageTemplate modello, RowValues values, QString to,
+                                          SettingsStore& settings, Store& store) {
+    const SMTPConfig config = settings.config();
+    // The live template, not a campaign's snapshot: the user checks what they are editing.
+    const MessageComposer::Rendered reso = MessageComposer::compose(modello, values, config);
+    MIMEBuilder::Message messaggio;
+    messaggio.from = {config.fromName, config.fromEmail};
+    messaggio.to = to;
+    if (!config.replyTo.isEmpty())
+        messaggio.replyTo = config.replyTo;
+    messaggio.subject = tr("[PROVA] ") + reso.subject;
+    messaggio.html = reso.html;
+    messaggio.plainText = reso.plainText;
+    for (const TemplateAttachment& allegato : store.attachments(modello.id))
+        messaggio.attachments.append({allegato.filename, allegato.mimeType, allegato.data});
+    const QString fallito = tr("Invio di prova fallito: ");
+
+    // The session lives in this frame, so nothing below needs the engine once it is made.
+    const std::unique_ptr<SMTPSession> sessione = nuovaSessione(config, settings.password());
+    if (const auto errore = co_await tenta(sessione->connect())) {
+        co_await sessione->disconnect();
+        co_return fallito + errore->testo;
+    }
+    if (const auto errore =
+            co_await tenta(sessione->sendMessage(config.fromEmail, to, MIMEBuilder::build(messaggio)))) {
+        co_await sessione->disconnect();
+        co_return fallito + errore->testo;
+    }
+    co_await sessione->disconnect();
+
+    SendLog log(to, messaggio.subject, SendStatus::test, QStringLiteral("invio di prova"), QString());
+    store.insert(log);
+    store.save();
+    co_return tr("Messaggio di prova inviato a %1.").arg(to);
+}

@@ -1,0 +1,144 @@
+#include "EngineTest.h"
+
+#include "Loopback.h"
+#include "ScriptedServer.h"
+
+#include <QtTest>
+
+namespace {
+
+const QString mittente = QStringLiteral("mittente@prova.example");
+const QString utente = QStringLiteral("utente@prova.example");
+
+QStringList apertura() {
+    // base64 of the user and of the test password, worked out by hand.
+    return {"S: 220 smtp.prova.example ESMTP pronto",
+            "C: EHLO prova.example",
+            "S: 250-smtp.prova.example",
+            "S: 250 AUTH LOGIN",
+            "C: AUTH LOGIN",
+            "S: 334 VXNlcm5hbWU6",
+            "C: dXRlbnRlQHByb3ZhLmV4YW1wbGU=",
+            "S: 334 UGFzc3dvcmQ6",
+            "C: U2VncmV0YSE0Mg==",
+            "S: 235 2.7.0 Autenticato"};
+}
+
+QStringList busta(const QString& destinatario) {
+    return {"C: MAIL FROM:<" + mittente + ">", "S: 250 2.1.0 Ok", "C: RCPT TO:<" + destinatario + ">",
+            "S: 250 2.1.5 Ok"};
+}
+
+QStringList consegna(const QString& destinatario) {
+    return busta(destinatario) + QStringList{"C: DATA", "S: 354 Avanti", "C* .", "S: 250 2.0.0 Accettato"};
+}
+
+QStringList uscita() {
+    return {"C: QUIT", "S: 221 2.0.0 Arrivederci"};
+}
+
+} // namespace
+
+void TestEngine::copioni_data() {
+    QTest::addColumn<QStringList>("copione");
+    QTest::addColumn<QStringList>("registro"); // after "Connessione a …"; %1 stands for nothing
+    QTest::addColumn<QString>("stato");
+    QTest::addColumn<QString>("lastError");
+    QTest::addColumn<int>("processati");
+    QTest::addColumn<int>("connessioni");
+    const QString a = "anna@ditta.it", b = "bruno@ditta.it", c = "carla@ditta.it";
+    const QString chiusa = "Il server ha chiuso la connessione.";
+
+    QTest::newRow("connection dropped mid-run")
+        << apertura() + consegna(a) + QStringList{"C: MAIL FROM:<" + mittente + ">", "close"} + apertura() +
+               consegna(c) + uscita()
+        << QStringList{"Connesso e autenticato.",  "✓ " + a, "✗ " + b + " — " + chiusa,
+                       "Connessione ristabilita.", "✓ " + c, "Fine: 2 inviate, 1 errori, 0 saltate."}
+        << "completed"
+        << "" << 3 << 2;
+    QTest::newRow("dropped on the last recipient")
+        << apertura() + consegna(a) + consegna(b) + busta(c) + QStringList{"C: DATA", "close"} + apertura() + uscita()
+        << QStringList{"Connesso e autenticato.",
+                       "✓ " + a,
+                       "✓ " + b,
+                       "✗ " + c + " — " + chiusa,
+                       "Connessione ristabilita.",
+                       "Fine: 2 inviate, 1 errori, 0 saltate."}
+        << "completed"
+        << "" << 3 << 2;
+    // The reconnection finds the server gone; the recipient after it is never tried.
+    QTest::newRow("failed reconnection") << apertura() + consegna(a) + busta(b) +
+                                                QStringList{"C: DATA", "S: 354 Avanti", "C* .", "close", "close"}
+                                         << QStringList{"Connesso e autenticato.", "✓ " + a, "✗ " + b + " — " + chiusa,
+                                                        "Invio interrotto: " + chiusa,
+                                                        "Fine: 1 inviate, 1 errori, 0 saltate."}
+                                         << "completed"
+                                         << "Connessione persa: " + chiusa << 1 << 2;
+    // No QUIT and no summary: the script ends with the refusal, so any further line would be off script.
+    QTest::newRow("failed first connection")
+        << apertura().mid(0, 9) + QStringList{"S: 535 5.7.8 Credenziali non valide"}
+        << QStringList{"Connessione fallita: Autenticazione rifiutata: 535 5.7.8 Credenziali non valide"} << "failed"
+        << "Autenticazione rifiutata: 535 5.7.8 Credenziali non valide" << 0 << 1;
+    QTest::newRow("every recipient refused")
+        << apertura() +
+               QStringList{"C: MAIL FROM:<" + mittente + ">",
+                           "S: 250 Ok",
+                           "C: RCPT TO:<" + a + ">",
+                           "S: 451 4.3.0 Riprova",
+                           "C: RSET",
+                           "S: 250 Ok",
+                           "C: MAIL FROM:<" + mittente + ">",
+                           "S: 250 Ok",
+                           "C: RCPT TO:<" + b + ">",
+                           "S: 451 4.3.0 Riprova",
+                           "C: RSET",
+                           "S: 250 Ok",
+                           "C: MAIL FROM:<" + mittente + ">",
+                           "S: 250 Ok",
+                           "C: RCPT TO:<" + c + ">",
+                           "S: 451 4.3.0 Riprova",
+                           "C: RSET",
+                           "S: 250 Ok"} +
+               uscita()
+        << QStringList{"Connesso e autenticato.", "✗ " + a + " — Risposta inattesa a RCPT TO: 451 4.3.0 Riprova",
+                       "✗ " + b + " — Risposta inattesa a RCPT TO: 451 4.3.0 Riprova",
+                       "✗ " + c + " — Risposta inattesa a RCPT TO: 451 4.3.0 Riprova",
+                       "Fine: 0 inviate, 3 errori, 0 saltate."}
+        << "failed"
+        << "" << 3 << 1;
+}
+
+void TestEngine::copioni() {
+    QFETCH(QStringList, copione);
+    QFETCH(QStringList, registro);
+    QFETCH(QString, stato);
+    QFETCH(QString, lastError);
+    QFETCH(int, processati);
+    QFETCH(int, connessioni);
+    ScriptedServer server(copione);
+    QVERIFY(server.listen(QString::fromLatin1(Loopback::engineSmtp)));
+    SMTPConfig config;
+    config.host = QString::fromLatin1(Loopback::engineSmtp);
+    config.port = server.port();
+    config.useTLS = false;
+    config.username = utente;
+    config.fromEmail = mittente;
+    Scena scena(configurazione(config), {"anna@ditta.it", "bruno@ditta.it", "carla@ditta.it"});
+    scena.usaSessioniDiProva(nullptr, std::chrono::seconds(3));
+    scena.corri();
+
+    const SendEngine& engine = *scena.engine;
+    QVERIFY2(server.usedUp(), qPrintable(server.problem()));
+    QCOMPARE(server.connectionCount(), connessioni);
+    QCOMPARE(engine.activityLog(),
+             QStringList{QStringLiteral("Connessione a %1:%2…").arg(Loopback::engineSmtp).arg(server.port())} +
+                 registro);
+    QCOMPARE(scena.campagna().statusRaw, stato);
+    QCOMPARE(engine.lastError().value_or(QString()), lastError);
+    QCOMPARE(engine.processed(), processati);
+    QVERIFY(!engine.isRunning());
+    QVERIFY(!engine.interrotta());
+    // A failed first connection ends before the run has an end of its own.
+    QCOMPARE(engine.fine().has_value(), stato != "failed" || processati > 0);
+    QCOMPARE(scena.logs().size(), engine.sent() + engine.failed());
+}

@@ -1,0 +1,457 @@
+#include "EngineTest.h"
+
+#include "AiosmtpdServer.h"
+#include "Loopback.h"
+#include "MimeReader.h"
+#include "NsdServer.h"
+#include "TestCA.h"
+
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QtTest>
+
+namespace {
+
+QStringList indirizzi(int quanti, const QString& dominio = QStringLiteral("ditta.it")) {
+    QStringList result;
+    for (int i = 1; i <= quanti; ++i)
+        result << QStringLiteral("cliente%1@%2").arg(i, 2, 10, QLatin1Char('0')).arg(dominio);
+    return result;
+}
+
+QStringList destinatari(const AiosmtpdServer& server) {
+    QStringList result;
+    for (const AiosmtpdServer::Message& message : server.messages())
+        result << message.rcptTos;
+    return result;
+}
+
+std::unique_ptr<AiosmtpdServer> avvia(TestCA& ca, const QList<AiosmtpdServer::Rule>& rcpt = {},
+                                      const QList<AiosmtpdServer::Rule>& data = {}) {
+    AiosmtpdServer::Options options = AiosmtpdServer::withTls(ca, Loopback::engineSmtp);
+    options.rejectAtRcpt = rcpt;
+    options.rejectAtData = data;
+    auto server = std::make_unique<AiosmtpdServer>(options);
+    if (!server->start())
+        qWarning() << server->errorString();
+    return server;
+}
+
+QString testoDi(const QJsonObject& letto, const QString& tipo) {
+    for (const QJsonValue& foglia : letto.value("leaves").toArray())
+        if (foglia.toObject().value("type").toString() == tipo)
+            return foglia.toObject().value("text").toString();
+    return {};
+}
+
+} // namespace
+
+// Fifty recipients from a stored list, plus a row with no valid address and a duplicate: every message goes
+// to its own address with its own text, and every outcome lands in logs, rows, events and counters.
+void TestEngine::campagnaCompleta() {
+    auto server = avvia(ca());
+    QVERIFY(server->options().address == QLatin1String(Loopback::engineSmtp));
+    const QStringList cinquanta = indirizzi(50);
+    Scena scena(configurazione(server->config()), cinquanta + QStringList{"non-un-indirizzo", "CLIENTE07@ditta.it "});
+    scena.usaSessioniDiProva(&ca());
+    // The same address in another list: its row records the delivery too.
+    ContactList altra(QStringLiteral("Fiera"), QStringLiteral("fiera.csv"), {"email"}, QStringLiteral("email"));
+    scena.store.insert(altra);
+    QList<ContactRow> righeAltra{ContactRow({{"email", "Cliente03@Ditta.it"}}, "Cliente03@Ditta.it")};
+    scena.store.insertRows(altra.id, righeAltra);
+    scena.store.save();
+
+    scena.corri();
+
+    const SendEngine& engine = *scena.engine;
+    QCOMPARE(engine.sent(), 50);
+    QCOMPARE(engine.failed(), 0);
+    QCOMPARE(engine.skipped(), 2);
+    QCOMPARE(engine.total(), 50);
+    QCOMPARE(engine.processed(), 50);
+    QVERIFY(!engine.isRunning());
+    QVERIFY(engine.fine().has_value());
+    QCOMPARE(engine.servizio(), "Prova TLS");
+    QCOMPARE(engine.server(), QStringLiteral("%1:2525").arg(Loopback::engineSmtp));
+    QCOMPARE(scena.campagna().status(), CampaignStatus::completed);
+    QCOMPARE(scena.campagna().snapshotSubject, "Offerta per {{nome}}");
+
+    const QStringList log = engine.activityLog();
+    QCOMPARE(log.first(), QStringLiteral("Connessione a %1:2525…").arg(Loopback::engineSmtp));
+    QCOMPARE(log.at(1), "Connesso e autenticato.");
+    QCOMPARE(log.last(), "Fine: 50 inviate, 0 errori, 2 saltate.");
+    QCOMPARE(log.size(), 53);
+
+    const QList<AiosmtpdServer::Message> ricevuti = server->messages();
+    QCOMPARE(ricevuti.size(), 50);
+    for (int i = 0; i < 50; ++i) {
+        const QString indirizzo = cinquanta.at(i);
+        const QString nome = Scena::nomeDi(indirizzo);
+        QCOMPARE(ricevuti.at(i).rcptTos, QStringList{indirizzo});
+        QCOMPARE(ricevuti.at(i).mailFrom, "mittente@prova.example");
+        QCOMPARE(ricevuti.at(i).authenticatedAs, server->options().username);
+        QCOMPARE(log.at(2 + i), "✓ " + indirizzo);
+
+        const QJsonObject letto = TestSupport::readWithPython(ricevuti.at(i).data);
+        QCOMPARE(letto.value("subject").toString(), "Offerta per " + nome);
+        QCOMPARE(letto.value("to").toArray().first().toObject().value("email").toString(), indirizzo);
+        QCOMPARE(letto.value("raw").toObject().value("List-Unsubscribe").toString(),
+                 "<mailto:risposte@prova.example?subject=Cancellami>");
+        const QString html = testoDi(letto, "text/html");
+        QVERIFY2(html.contains("Gentile " + nome.toHtmlEscaped() + " di Bari"), qPrintable(html));
+        QVERIFY(html.contains("Ricevi questo messaggio perché sei nostro cliente."));
+        const QString testo = testoDi(letto, "text/plain");
+        QVERIFY2(testo.contains("Gentile " + nome + " di Bari"), qPrintable(testo));
+        QVERIFY2(testo.contains("\n\n-- \nRicevi questo messaggio perché sei nostro cliente."), qPrintable(testo));
+    }
+
+    const QList<SendLog> inviati = scena.logsCon(SendStatus::sent);
+    QCOMPARE(inviati.size(), 50);
+    for (int i = 0; i < 50; ++i) {
+        QCOMPARE(inviati.at(i).email, cinquanta.at(i));
+        QCOMPARE(inviati.at(i).subject, "Offerta per " + Scena::nomeDi(cinquanta.at(i)));
+        QCOMPARE(inviati.at(i).servizio, "Prova TLS");
+        QCOMPARE(inviati.at(i).detail, QString());
+    }
+    const QList<SendLog> saltati = scena.logsCon(SendStatus::skipped);
+    QCOMPARE(saltati.size(), 2);
+    QCOMPARE(saltati.at(0).email, "non-un-indirizzo");
+    QCOMPARE(saltati.at(0).detail, "indirizzo non valido");
+    QCOMPARE(saltati.at(1).email, "cliente07@ditta.it");
+    QCOMPARE(saltati.at(1).detail, "duplicato nella lista");
+    QCOMPARE(saltati.at(1).subject, "Offerta per {{nome}}");
+
+    // Skips come first in the events, in plan order, then the deliveries in list order.
+    QCOMPARE(engine.eventi().size(), 52);
+    QCOMPARE(engine.eventi().at(0).esito, SendStatus::skipped);
+    QCOMPARE(engine.eventi().at(1).dettaglio, "duplicato nella lista");
+    QCOMPARE(engine.eventi().at(2).email, cinquanta.first());
+    QCOMPARE(engine.eventi().last().esito, SendStatus::sent);
+
+    const ContactRow terza = scena.riga(cinquanta.at(2));
+    QCOMPARE(terza.inviateCount, 1);
+    QCOMPARE(terza.ultimoEsito(), SendStatus::sent);
+    QCOMPARE(terza.ultimaCampagna, "Saldi di marzo");
+    QCOMPARE(terza.ultimoOggetto, "Offerta per " + Scena::nomeDi(cinquanta.at(2)));
+    QVERIFY(terza.primoInvio.has_value());
+    const ContactRow nellAltra = scena.store.rows(altra.id).first();
+    QCOMPARE(nellAltra.inviateCount, 1);
+    QCOMPARE(nellAltra.ultimoOggetto, terza.ultimoOggetto);
+    // The duplicated address: both of its rows were skipped once and delivered once.
+    for (const ContactRow& riga : scena.store.righePerEmail().value("cliente07@ditta.it")) {
+        QCOMPARE(riga.inviateCount, 1);
+        QCOMPARE(riga.saltateCount, 1);
+    }
+    QCOMPARE(scena.riga("non-un-indirizzo").saltateCount, 1);
+}
+
+void TestEngine::secondaCorsa_data() {
+    QTest::addColumn<bool>("skipDuplicates");
+    QTest::addColumn<int>("nuoviMessaggi");
+    QTest::addColumn<int>("saltati"); // of the second run
+    QTest::addColumn<int>("nuoviLog");
+    // A delivered address that stands twice is "already sent" twice, never a duplicate: neither leaves a log.
+    QTest::newRow("skipDuplicates: nothing new") << true << 0 << 5 << 0;
+    QTest::newRow("without it: everything again") << false << 4 << 1 << 5;
+}
+
+// A campaign run again; the template edited meanwhile doesn't change what the campaign sends.
+void TestEngine::secondaCorsa() {
+    QFETCH(bool, skipDuplicates);
+    QFETCH(int, nuoviMessaggi);
+    QFETCH(int, saltati);
+    QFETCH(int, nuoviLog);
+    auto server = avvia(ca());
+    Scena scena(configurazione(server->config()), indirizzi(4) << QStringLiteral("cliente02@ditta.it"));
+    scena.usaSessioniDiProva(&ca());
+    scena.campaign.skipDuplicates = skipDuplicates;
+    scena.store.update(scena.campaign);
+    scena.corri();
+    QCOMPARE(server->messages().size(), 4);
+    const qsizetype logPrima = scena.logs().size();
+
+    scena.modello.subject = QStringLiteral("Nuovo oggetto");
+    scena.store.update(scena.modello);
+    scena.corri();
+
+    QCOMPARE(scena.engine->sent(), nuoviMessaggi);
+    QCOMPARE(scena.engine->skipped(), saltati);
+    QCOMPARE(scena.campagna().status(), CampaignStatus::completed);
+    QCOMPARE(server->messages().size(), 4 + nuoviMessaggi);
+    QCOMPARE(scena.logs().size(), logPrima + nuoviLog);
+    for (const AiosmtpdServer::Message& message : server->messages())
+        QVERIFY(TestSupport::readWithPython(message.data).value("subject").toString().startsWith("Offerta per "));
+    QCOMPARE(scena.riga("cliente01@ditta.it").inviateCount, skipDuplicates ? 1 : 2);
+    QCOMPARE(scena.riga("cliente01@ditta.it").saltateCount, 0);
+}
+
+void TestEngine::rifiuti_data() {
+    QTest::addColumn<bool>("escludiRifiutati");
+    QTest::addColumn<QString>("rispostaRcpt");
+    QTest::addColumn<QString>("rispostaData");
+    QTest::addColumn<QString>("errore");
+    QTest::addColumn<QString>("esclusione"); // the reason stored; "" for none
+    const QString rcpt550 = "Risposta inattesa a RCPT TO: 550 5.1.1 Utente sconosciuto";
+    QTest::newRow("550 at RCPT") << true << "550 5.1.1 Utente sconosciuto"
+                                 << "" << rcpt550 << "rifiutato dal server: 550 5.1.1 Utente sconosciuto";
+    QTest::newRow("550 at RCPT, escludiRifiutati off") << false << "550 5.1.1 Utente sconosciuto"
+                                                       << "" << rcpt550 << "";
+    QTest::newRow("452 at RCPT") << true << "452 4.2.2 Casella piena"
+                                 << ""
+                                 << "Risposta inattesa a RCPT TO: 452 4.2.2 Casella piena"
+                                 << "";
+    QTest::newRow("554 at DATA") << true << ""
+                                 << "554 5.6.0 Contenuto rifiutato"
+                                 << "Risposta inattesa a invio messaggio: 554 5.6.0 Contenuto rifiutato"
+                                 << "";
+}
+
+void TestEngine::rifiuti() {
+    QFETCH(bool, escludiRifiutati);
+    QFETCH(QString, rispostaRcpt);
+    QFETCH(QString, rispostaData);
+    QFETCH(QString, errore);
+    QFETCH(QString, esclusione);
+    QList<AiosmtpdServer::Rule> rcpt, data;
+    if (!rispostaRcpt.isEmpty())
+        rcpt << AiosmtpdServer::Rule{"^rifiutato@", rispostaRcpt};
+    if (!rispostaData.isEmpty())
+        data << AiosmtpdServer::Rule{"^rifiutato@", rispostaData};
+    auto server = avvia(ca(), rcpt, data);
+    SMTPConfig config = configurazione(server->config());
+    config.escludiRifiutati = escludiRifiutati;
+    Scena scena(config, {"anna@ditta.it", " Rifiutato@Ditta.it", "bruno@ditta.it"});
+    scena.usaSessioniDiProva(&ca());
+    scena.corri();
+
+    const SendEngine& engine = *scena.engine;
+    QCOMPARE(engine.sent(), 2);
+    QCOMPARE(engine.failed(), 1);
+    QCOMPARE(engine.processed(), 3);
+    QCOMPARE(engine.lastError(), std::nullopt);
+    QCOMPARE(scena.campagna().status(), CampaignStatus::completed);
+    QCOMPARE(destinatari(*server), QStringList({"anna@ditta.it", "bruno@ditta.it"}));
+    const QList<SendLog> falliti = scena.logsCon(SendStatus::failed);
+    QCOMPARE(falliti.size(), 1);
+    QCOMPARE(falliti.first().email, "rifiutato@ditta.it");
+    QCOMPARE(falliti.first().detail, errore);
+    QCOMPARE(falliti.first().subject, "Offerta per Rifiutato & Figli");
+    const ContactRow riga = scena.riga(" Rifiutato@Ditta.it");
+    QCOMPARE(riga.erroriCount, 1);
+    QCOMPARE(riga.ultimoDettaglio, errore);
+
+    const QStringList log = engine.activityLog();
+    const qsizetype croce = log.indexOf("✗ rifiutato@ditta.it — " + errore);
+    QVERIFY2(croce > 0, qPrintable(log.join('\n')));
+    const QList<Suppression> esclusi = scena.store.all<Suppression>();
+    if (esclusione.isEmpty()) {
+        QVERIFY(esclusi.isEmpty());
+        QCOMPARE(engine.esclusiAggiunti(), 0);
+        QCOMPARE(righeCon(engine, "→ "), QStringList());
+        QCOMPARE(log.at(croce + 1), "✓ bruno@ditta.it");
+        return;
+    }
+    QCOMPARE(esclusi.size(), 1);
+    QCOMPARE(esclusi.first().email, "rifiutato@ditta.it");
+    QCOMPARE(esclusi.first().reason, esclusione);
+    QCOMPARE(esclusi.first().motivo(), MotivoEsclusione::casellaInesistente);
+    QCOMPARE(engine.esclusiAggiunti(), 1);
+    QCOMPARE(log.at(croce + 1), "→ rifiutato@ditta.it aggiunto agli esclusi (" + esclusione + ")");
+
+    // From the next run on the address is left out, with no second record.
+    scena.corri();
+    QCOMPARE(scena.engine->sent(), 0);
+    QCOMPARE(scena.engine->skipped(), 3);
+    QCOMPARE(scena.engine->eventi().at(1).email, "rifiutato@ditta.it");
+    QCOMPARE(scena.engine->eventi().at(1).dettaglio, "in lista esclusi");
+    QCOMPARE(scena.store.all<Suppression>().size(), 1);
+}
+
+void TestEngine::quota_data() {
+    QTest::addColumn<int>("tetto");
+    QTest::addColumn<int>("giaInviate");   // by this profile, in the last 24 hours
+    QTest::addColumn<int>("altroProfilo"); // by another profile: never counted
+    QTest::addColumn<int>("inviate");
+    QTest::addColumn<QString>("riga");   // "" when nothing is cut
+    QTest::addColumn<int>("poiInviate"); // by a run a day later
+    const QString taglio = "Tetto giornaliero %1 (già inviate oggi: %2): in questa tornata partono %3 messaggi, gli "
+                           "altri restano in attesa e si riprendono domani.";
+    QTest::newRow("room for 3 of 5") << 3 << 0 << 0 << 3 << taglio.arg(3).arg(0).arg(3) << 2;
+    QTest::newRow("two already sent today") << 4 << 2 << 3 << 2 << taglio.arg(4).arg(2).arg(2) << 3;
+    QTest::newRow("no room left") << 2 << 3 << 0 << 0 << taglio.arg(2).arg(3).arg(0) << 2;
+    QTest::newRow("exactly enough room") << 5 << 0 << 4 << 5 << "" << 0;
+    QTest::newRow("no limit") << 0 << 9 << 0 << 5 << "" << 0;
+}
+
+// The quota cuts the run with its line and leaves no trace of those cut; a run a day later takes them up.
+void TestEngine::quota() {
+    QFETCH(int, tetto);
+    QFETCH(int, giaInviate);
+    QFETCH(int, altroProfilo);
+    QFETCH(int, inviate);
+    QFETCH(QString, riga);
+    QFETCH(int, poiInviate);
+    auto server = avvia(ca());
+    SMTPConfig config = configurazione(server->config());
+    config.dailyLimit = tetto;
+    const QStringList cinque = indirizzi(5);
+    Scena scena(config, cinque);
+    scena.usaSessioniDiProva(&ca());
+    const QDateTime adesso = QDateTime::currentDateTimeUtc();
+    for (int i = 0; i < giaInviate + altroProfilo; ++i) {
+        SendLog log("altro@ditta.it", "Altro", SendStatus::sent, "", i < giaInviate ? "Prova TLS" : "Altro profilo");
+        log.date = adesso.addSecs(-3600);
+        scena.store.insert(log);
+    }
+    scena.store.save();
+    const qsizetype logPrima = scena.store.all<SendLog>().size();
+
+    scena.corri();
+    const SendEngine& engine = *scena.engine;
+    QCOMPARE(engine.sent(), inviate);
+    QCOMPARE(engine.total(), inviate);
+    QCOMPARE(engine.rimandati(), 5 - inviate);
+    QCOMPARE(engine.inviateOggi(), giaInviate);
+    QCOMPARE(engine.tettoGiornaliero(), tetto);
+    QCOMPARE(righeCon(engine, "Tetto giornaliero"), riga.isEmpty() ? QStringList() : QStringList{riga});
+    QVERIFY(engine.activityLog().contains("Connesso e autenticato."));
+    QCOMPARE(engine.activityLog().last(), QStringLiteral("Fine: %1 inviate, 0 errori, 0 saltate.").arg(inviate));
+    QCOMPARE(scena.campagna().status(), CampaignStatus::completed);
+    QCOMPARE(destinatari(*server), cinque.mid(0, inviate));
+    // Those cut have no log and their rows are untouched.
+    QCOMPARE(scena.store.all<SendLog>().size(), logPrima + inviate);
+    QCOMPARE(scena.riga(cinque.last()).inviateCount + scena.riga(cinque.last()).saltateCount, inviate == 5 ? 1 : 0);
+
+    scena.engine->setOrologio([adesso] { return adesso.addSecs(25 * 3600); });
+    scena.corri();
+    QCOMPARE(scena.engine->sent(), poiInviate);
+    QCOMPARE(scena.engine->skipped(), inviate);
+    QCOMPARE(destinatari(*server), cinque.mid(0, inviate + poiInviate));
+}
+
+void TestEngine::controlloDomini_data() {
+    QTest::addColumn<bool>("verificaDomini");
+    QTest::addColumn<int>("tetto");
+    QTest::addColumn<QStringList>("consegnati");
+    QTest::addColumn<QStringList>("scartati");
+    const QStringList tutti{"anna@posta-ditta.it", "bruno@sparito.it", "carla@solo-sito.it", "dario@sparito.it",
+                            "elena@negozio.example"};
+    QTest::newRow("domains checked") << true << 0 << QStringList{tutti.at(0), tutti.at(2), tutti.at(4)}
+                                     << QStringList{tutti.at(1), tutti.at(3)};
+    QTest::newRow("check off") << false << 0 << tutti << QStringList();
+    // The check comes after the quota cut: a dropped address is not replaced by one of those cut.
+    QTest::newRow("after the quota cut") << true << 3 << QStringList{tutti.at(0), tutti.at(2)}
+                                         << QStringList{tutti.at(1)};
+}
+
+// NSD answers for the test's domains: one with a mail server, one with an address only, and one that
+// doesn't exist. A reserved demonstration domain is never asked and is sent to.
+void TestEngine::controlloDomini() {
+    QFETCH(bool, verificaDomini);
+    QFETCH(int, tetto);
+    QFETCH(QStringList, consegnati);
+    QFETCH(QStringList, scartati);
+    NsdServer nsd(QString::fromLatin1(Loopback::engineDns));
+    QVERIFY2(
+        nsd.start({{"posta-ditta.it", "@ IN MX 10 mx\nmx IN A 192.0.2.25\n"}, {"solo-sito.it", "@ IN A 192.0.2.26\n"}}),
+        qPrintable(nsd.error()));
+    auto server = avvia(ca());
+    SMTPConfig config = configurazione(server->config());
+    config.verificaDomini = verificaDomini;
+    config.dailyLimit = tetto;
+    Scena scena(config, {"anna@posta-ditta.it", "bruno@sparito.it", "carla@solo-sito.it", "dario@sparito.it",
+                         "elena@negozio.example"});
+    scena.usaSessioniDiProva(&ca());
+    scena.corri();
+
+    const SendEngine& engine = *scena.engine;
+    QCOMPARE(destinatari(*server), consegnati);
+    QCOMPARE(engine.total(), consegnati.size());
+    QCOMPARE(engine.skipped(), scartati.size());
+    QStringList saltati;
+    for (const SendLog& log : scena.logsCon(SendStatus::skipped)) {
+        QCOMPARE(log.detail, "dominio senza server di posta");
+        QCOMPARE(log.subject, "Offerta per {{nome}}");
+        QCOMPARE(scena.riga(log.email).saltateCount, 1);
+        saltati << log.email;
+    }
+    QCOMPARE(saltati, scartati);
+    QCOMPARE(engine.scartiPerMotivo().size(), scartati.isEmpty() ? 0 : 1);
+    QCOMPARE(righeCon(engine, "Controllo dei domini"),
+             verificaDomini ? QStringList{"Controllo dei domini dei destinatari…"} : QStringList());
+    QCOMPARE(righeCon(engine, "Scartati "),
+             scartati.isEmpty()
+                 ? QStringList()
+                 : QStringList{QStringLiteral("Scartati %1 indirizzi con dominio inesistente.").arg(scartati.size())});
+    // Nothing goes to the suppression list here.
+    QVERIFY(scena.store.all<Suppression>().isEmpty());
+}
+
+// A pause holds the connection and sends nothing; a stop ends the run as paused, and a later run resumes.
+void TestEngine::pausaEStop() {
+    auto server = avvia(ca());
+    SMTPConfig config = configurazione(server->config());
+    config.delayBetweenMessages = 0.2;
+    const QStringList sei = indirizzi(6);
+    Scena scena(config, sei);
+    scena.usaSessioniDiProva(&ca());
+    SendEngine& engine = *scena.engine;
+    QCoro::Task<> corsa = engine.run(scena.campagna(), scena.settings, scena.store);
+
+    QTRY_VERIFY(engine.sent() >= 1);
+    engine.setPaused(true);
+    QTest::qWait(800);
+    const qsizetype fermi = server->messages().size();
+    QCOMPARE(engine.sent(), fermi);
+    QTest::qWait(1000);
+    QCOMPARE(server->messages().size(), fermi);
+    QVERIFY(engine.isRunning());
+    QVERIFY(fermi < 6);
+    // A second run on the same engine returns at once and changes nothing.
+    QCoro::waitFor(engine.run(scena.campagna(), scena.settings, scena.store));
+    QCOMPARE(engine.sent(), fermi);
+    QVERIFY(engine.isRunning());
+
+    engine.setPaused(false);
+    QTRY_VERIFY(engine.sent() > fermi);
+    engine.cancel();
+    QCoro::waitFor(std::move(corsa));
+    QVERIFY(!engine.isRunning());
+    QVERIFY(engine.interrotta());
+    QVERIFY(engine.sent() < 6);
+    QCOMPARE(scena.campagna().status(), CampaignStatus::paused);
+    QCOMPARE(engine.activityLog().last(), QStringLiteral("Fine: %1 inviate, 0 errori, 0 saltate.").arg(engine.sent()));
+    // One connection all along: the pause didn't close it and nothing reconnected.
+    QCOMPARE(server->authAttempts().size(), 1);
+
+    const qint64 primaCorsa = engine.sent();
+    scena.corri();
+    QCOMPARE(engine.sent(), 6 - primaCorsa);
+    QCOMPARE(scena.campagna().status(), CampaignStatus::completed);
+    QCOMPARE(destinatari(*server), sei);
+}
+
+void TestEngine::modelloMancante_data() {
+    QTest::addColumn<bool>("senzaModello");
+    QTest::newRow("template deleted") << true;
+    QTest::newRow("list deleted") << false;
+}
+
+void TestEngine::modelloMancante() {
+    QFETCH(bool, senzaModello);
+    Scena scena(configurazione(SMTPConfig()), indirizzi(2));
+    if (senzaModello)
+        scena.store.remove<MessageTemplate>(scena.modello.id);
+    else
+        scena.store.remove<ContactList>(scena.lista.id);
+    scena.store.save();
+    scena.corri();
+    const SendEngine& engine = *scena.engine;
+    QCOMPARE(engine.lastError(), "La campagna non ha più un modello o una lista validi: forse sono stati eliminati.");
+    QVERIFY(!engine.isRunning());
+    QVERIFY(engine.activityLog().isEmpty());
+    QVERIFY(!engine.inizio().has_value());
+    QCOMPARE(scena.campagna().status(), CampaignStatus::draft);
+    QVERIFY(scena.campagna().snapshotHTML.isEmpty());
+    QVERIFY(scena.logs().isEmpty());
+}
