@@ -1,9 +1,8 @@
+#include "app/BrezzarioApp.h"
+#include "app/MainWindow.h"
 #include "app/SingleInstance.h"
-#include "records/Store.h"
-#include "settings/SettingsStore.h"
 
 #include <QApplication>
-#include <QMainWindow>
 #include <QMessageBox>
 #include <QStandardPaths>
 
@@ -13,6 +12,7 @@ int main(int argc, char** argv) {
     QApplication::setApplicationName(QStringLiteral("Brezzario"));
     QApplication::setApplicationVersion(QStringLiteral(BREZZARIO_VERSION));
     Q_INIT_RESOURCE(resources);
+    BrezzarioApp::preparaApplicazione();
 
     SingleInstance instance(QStandardPaths::writableLocation(QStandardPaths::AppDataLocation));
     if (!instance.acquired()) {
@@ -21,13 +21,7 @@ int main(int argc, char** argv) {
         return 0;
     }
 
-    SettingsStore settings;
-    auto store = Store::openDefault();
-
-    QMainWindow window;
-    window.setWindowTitle(QStringLiteral("Brezzario"));
-    window.setMinimumSize(980, 620);
-    window.resize(1340, 880);
-    window.show();
+    BrezzarioApp brezzario;
+    brezzario.finestraPrincipale().show();
     return app.exec();
 }

@@ -1,0 +1,20 @@
+#include "screens/Formati.h"
+
+#include <QCoreApplication>
+
+#include <cmath>
+
+QString durataLeggibile(double secondi) {
+    // Halves go away from zero: 59.5 s reads as a minute.
+    const double arrotondati = std::round(secondi);
+    if (!(arrotondati >= 1))
+        return QStringLiteral("—");
+    const long long totale = static_cast<long long>(arrotondati);
+    if (totale >= 3600)
+        return formato(QCoreApplication::translate("durataLeggibile", "%d h %02d m"), int(totale / 3600),
+                       int(totale % 3600 / 60));
+    if (totale >= 60)
+        return formato(QCoreApplication::translate("durataLeggibile", "%d m %02d s"), int(totale / 60),
+                       int(totale % 60));
+    return QString::number(totale) + QStringLiteral(" s");
+}
