@@ -12,4 +12,5 @@ inline constexpr const char* engineDns = "127.0.0.22";   // test_engine: NSD on 
 inline constexpr const char* durability = "127.0.0.23";  // test_durability: aiosmtpd
 inline constexpr const char* screensSmtp = "127.0.0.31"; // GUI tests that send
 inline constexpr const char* keychain = "127.0.0.41";    // reserved: test_keychain binds nothing today
+inline constexpr const char* benchSmtp = "127.0.0.61";   // bench/smtp: Postfix smtp-sink (bench.sh)
 } // namespace Loopback

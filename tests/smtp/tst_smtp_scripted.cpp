@@ -1,0 +1,319 @@
+#include "SmtpTest.h"
+
+#include "Loopback.h"
+#include "ScriptedServer.h"
+#include "TestCA.h"
+
+#include <QtTest>
+
+namespace {
+
+// Every log line written while a test runs, to show that the password never reaches one.
+class LogCapture {
+public:
+    LogCapture() : m_previous(qInstallMessageHandler(&LogCapture::handle)) { lines().clear(); }
+    ~LogCapture() { qInstallMessageHandler(m_previous); }
+    static QStringList& lines() {
+        static QStringList captured;
+        return captured;
+    }
+
+private:
+    static void handle(QtMsgType, const QMessageLogContext&, const QString& message) { lines() << message; }
+    QtMessageHandler m_previous;
+};
+
+QStringList greeting() {
+    return {"S: 220 smtp.prova.example ESMTP pronto"};
+}
+
+QStringList ehlo(const QStringList& reply) {
+    QStringList lines{"C: EHLO prova.example"};
+    for (const QString& line : reply)
+        lines << "S: " + line;
+    return lines;
+}
+
+QStringList login() {
+    return {"C: AUTH LOGIN",       "S: 334 VXNlcm5hbWU6",           "C: " + Fixture::userBase64,
+            "S: 334 UGFzc3dvcmQ6", "C: " + Fixture::passwordBase64, "S: 235 2.7.0 Autenticato"};
+}
+
+QStringList plain() {
+    return {"C: AUTH PLAIN " + Fixture::plainToken, "S: 235 2.7.0 Autenticato"};
+}
+
+QStringList opened() {
+    return greeting() + ehlo({"250-smtp.prova.example", "250 AUTH LOGIN PLAIN"}) + login();
+}
+
+QStringList envelope() {
+    return {"C: MAIL FROM:<" + Fixture::sender + ">", "S: 250 2.1.0 Ok", "C: RCPT TO:<" + Fixture::recipient + ">",
+            "S: 250 2.1.5 Ok"};
+}
+
+// DATA, the lines the client must send (the default message unless given) and the end of data.
+QStringList data(const QStringList& lines = {"Subject: prova", "", "Ciao"}) {
+    QStringList script{"C: DATA", "S: 354 Avanti"};
+    for (const QString& line : lines)
+        script << "C: " + line;
+    return script << "C: "
+                  << "C: ."
+                  << "S: 250 2.0.0 Accettato";
+}
+
+QStringList transaction() {
+    return envelope() + data();
+}
+
+QStringList quit() {
+    return {"C: QUIT", "S: 221 2.0.0 Arrivederci"};
+}
+
+const QStringList connectSendQuit{"connect", "send", "disconnect"};
+const QStringList connectQuit{"connect", "disconnect"};
+
+void row(const char* name, const ScriptRow& scriptRow) {
+    QTest::newRow(name) << scriptRow;
+}
+
+void conversationRows() {
+    row("multi-line EHLO announcing PLAIN only",
+        {.script = greeting() + ehlo({"250-mail.example", "250-SIZE 1000", "250 AUTH PLAIN"}) + plain() + quit(),
+         .operations = connectQuit});
+    row("LOGIN preferred when both are announced",
+        {.script = greeting() + ehlo({"250-mail.example", "250 AUTH PLAIN LOGIN"}) + login() + quit(),
+         .operations = connectQuit});
+    row("a mechanism named on any line counts",
+        {.script = greeting() + ehlo({"250-LOGINSERVER.example", "250 AUTH PLAIN"}) + login() + quit(),
+         .operations = connectQuit});
+    row("an unparsable line still counts",
+        {.script = greeting() + ehlo({"250-mail.example", "xyz AUTH PLAIN", "250 HELP"}) + plain() + quit(),
+         .operations = connectQuit});
+    row("neither announced: LOGIN tried and refused",
+        {.script = greeting() + ehlo({"250 mail.example"}) +
+                   QStringList{"C: AUTH LOGIN", "S: 504 5.5.4 Meccanismo sconosciuto"} + quit(),
+         .operations = connectQuit,
+         .outcomes = {"Autenticazione rifiutata: 504 5.5.4 Meccanismo sconosciuto", ""}});
+    row("wrong password", {.script = greeting() + ehlo({"250 AUTH LOGIN"}) + login().mid(0, 5) +
+                                     QStringList{"S: 535 5.7.8 Credenziali non valide"} + quit(),
+                           .operations = connectQuit,
+                           .outcomes = {"Autenticazione rifiutata: 535 5.7.8 Credenziali non valide", ""}});
+    row("PLAIN refused", {.script = greeting() + ehlo({"250 AUTH PLAIN"}) +
+                                    QStringList{"C: AUTH PLAIN " + Fixture::plainToken, "S: 535 5.7.8 No"} + quit(),
+                          .operations = connectQuit,
+                          .outcomes = {"Autenticazione rifiutata: 535 5.7.8 No", ""}});
+    row("empty user name sends no AUTH",
+        {.script = greeting() + ehlo({"250-mail.example", "250 AUTH LOGIN PLAIN"}) + transaction() + quit(),
+         .operations = connectSendQuit,
+         .username = ""});
+    row("EHLO with a code in the 300s is taken",
+        {.script = greeting() + ehlo({"399 strano ma valido"}) + transaction() + quit(),
+         .operations = connectSendQuit,
+         .username = ""});
+    row("greeting other than 220",
+        {.script = {"S: 554 5.3.2 Servizio non disponibile", "C: QUIT", "S: 221 Ciao"},
+         .operations = connectQuit,
+         .outcomes = {"Risposta inattesa a CONNECT: 554 5.3.2 Servizio non disponibile", ""}});
+    row("EHLO refused, with no HELO after it",
+        {.script = greeting() + ehlo({"502 5.5.1 Comando non riconosciuto"}) + quit(),
+         .operations = connectQuit,
+         .outcomes = {"Risposta inattesa a EHLO: 502 5.5.1 Comando non riconosciuto", ""}});
+    row("the same conversation over TLS",
+        {.script = opened() + transaction() + quit(), .operations = connectSendQuit, .tls = true});
+    row("connect again after disconnect reads the capabilities anew",
+        {.script = greeting() + ehlo({"250 AUTH LOGIN"}) + login() + quit() + QStringList{"next"} + greeting() +
+                   ehlo({"250 AUTH PLAIN"}) + plain() + transaction() + quit(),
+         .operations = {"connect", "disconnect", "connect", "send", "disconnect"},
+         .connections = 2});
+}
+
+void readingRows() {
+    row("reply split across reads", {.script = QStringList{"S+ 22", "pause 150", "S: 0 smtp.prova.example"} +
+                                               QStringList{"C: EHLO prova.example", "S: 250-smtp.prova.example",
+                                                           "S+ 250 AUTH PL", "pause 150", "S: AIN"} +
+                                               plain() + quit(),
+                                     .operations = connectQuit});
+    // The EHLO reply is already there with the greeting: waiting on the network for it would time out.
+    row("two replies in one read",
+        {.script = {"S: 220 pronto", "S: 250 smtp.prova.example", "C: EHLO prova.example", "C: QUIT", "S: 221 Ciao"},
+         .operations = connectQuit,
+         .username = ""});
+    row("bare 250", {.script = greeting() + ehlo({"250"}) +
+                               QStringList{"C: MAIL FROM:<" + Fixture::sender + ">", "S: 250",
+                                           "C: RCPT TO:<" + Fixture::recipient + ">", "S: 250"} +
+                               data() + quit(),
+                     .operations = connectSendQuit,
+                     .username = ""});
+    row("dot-stuffing, the first line included",
+        {.script = opened() + envelope() + data({"..prima", "seconda", "...terza", "..", "riga\n..nascosta"}) + quit(),
+         .operations = connectSendQuit,
+         .data = ".prima\r\nseconda\r\n..terza\r\n.\r\nriga\n.nascosta\r\n"});
+}
+
+void refusalRows() {
+    const QStringList mail{"C: MAIL FROM:<" + Fixture::sender + ">", "S: 250 2.1.0 Ok"};
+    const QStringList rcpt{"C: RCPT TO:<" + Fixture::recipient + ">"};
+    const QStringList rset{"C: RSET", "S: 250 2.0.0 Azzerato"};
+    const QStringList twoSends{"connect", "send", "send", "disconnect"};
+    row("354 is the only go-ahead for DATA",
+        {.script = opened() + envelope() + QStringList{"C: DATA", "S: 250 Ok"} + rset + quit(),
+         .operations = connectSendQuit,
+         .outcomes = {"", "Risposta inattesa a DATA: 250 Ok", ""}});
+    row("251 accepted after RCPT TO",
+        {.script = opened() + mail + rcpt + QStringList{"S: 251 2.1.5 Inoltrato"} + data() + quit(),
+         .operations = connectSendQuit});
+    row("251 to MAIL FROM refused with no RSET",
+        {.script =
+             opened() + QStringList{"C: MAIL FROM:<" + Fixture::sender + ">", "S: 251 Strano"} + transaction() + quit(),
+         .operations = twoSends,
+         .outcomes = {"", "Risposta inattesa a MAIL FROM: 251 Strano", "", ""}});
+    row("251 at the end of the data refused with no RSET",
+        {.script = opened() + envelope() + data().mid(0, 7) + QStringList{"S: 251 Strano"} + transaction() + quit(),
+         .operations = twoSends,
+         .outcomes = {"", "Risposta inattesa a invio messaggio: 251 Strano", "", ""}});
+    row("550 to RCPT TO: RSET, refused for good",
+        {.script =
+             opened() + mail + rcpt + QStringList{"S: 550 5.1.1 Utente sconosciuto"} + rset + transaction() + quit(),
+         .operations = twoSends,
+         .outcomes = {"", "Risposta inattesa a RCPT TO: 550 5.1.1 Utente sconosciuto", "", ""},
+         .rifiuto = "rifiutato dal server: 550 5.1.1 Utente sconosciuto"});
+    row("450 to RCPT TO: RSET, not for good",
+        {.script = opened() + mail + rcpt + QStringList{"S: 450 4.2.1 Riprova"} + rset + quit(),
+         .operations = connectSendQuit,
+         .outcomes = {"", "Risposta inattesa a RCPT TO: 450 4.2.1 Riprova", ""}});
+    row("a failed RSET leaves the refusal as it was",
+        {.script = opened() + mail + rcpt + QStringList{"S: 550 5.1.1 Sconosciuto", "C: RSET", "close"},
+         .operations = connectSendQuit,
+         .outcomes = {"", "Risposta inattesa a RCPT TO: 550 5.1.1 Sconosciuto", ""},
+         .rifiuto = "rifiutato dal server: 550 5.1.1 Sconosciuto"});
+}
+
+void brokenConnectionRows() {
+    row("close before the greeting",
+        {.script = {"close"}, .operations = connectQuit, .outcomes = {"Il server ha chiuso la connessione.", ""}});
+    row("close while waiting for a reply",
+        {.script = opened() + QStringList{"C: MAIL FROM:<" + Fixture::sender + ">", "close"},
+         .operations = connectSendQuit,
+         .outcomes = {"", "Il server ha chiuso la connessione.", ""}});
+    row("close in the middle of a reply",
+        {.script = opened() + QStringList{"C: MAIL FROM:<" + Fixture::sender + ">", "S+ 250 2.1", "close"},
+         .operations = connectSendQuit,
+         .outcomes = {"", "Il server ha chiuso la connessione.", ""}});
+    // "silent" is reached only when the client gives up and closes: the connection is cancelled.
+    row("silence past the deadline",
+        {.script = opened() + QStringList{"C: MAIL FROM:<" + Fixture::sender + ">", "silent"},
+         .operations = {"connect", "send", "send", "disconnect"},
+         .outcomes = {"", "Il server non ha risposto entro il tempo massimo.", "Il server ha chiuso la connessione.",
+                      ""}});
+    row("silence instead of a greeting", {.script = {"silent"},
+                                          .operations = connectQuit,
+                                          .outcomes = {"Il server non ha risposto entro il tempo massimo.", ""}});
+    row("sendMessage before connect",
+        {.script = {}, .operations = {"send"}, .outcomes = {"Connessione non aperta."}, .connections = 0});
+    row("sendMessage after disconnect", {.script = opened() + quit(),
+                                         .operations = {"connect", "disconnect", "send"},
+                                         .outcomes = {"", "", "Connessione non aperta."}});
+}
+
+// No command carries a CR or LF that came from an address: it would smuggle a command of its own.
+void injectionRows() {
+    const QString refused = "Errore di connessione: indirizzo non valido";
+    row("CR LF in the recipient", {.script = opened() + transaction() + quit(),
+                                   .operations = {"connect", "send", "send!", "disconnect"},
+                                   .outcomes = {"", refused, "", ""},
+                                   .recipient = Fixture::recipient + "\r\nRCPT TO:<altro@prova.example>"});
+    row("LF in the envelope sender", {.script = opened() + quit(),
+                                      .operations = connectSendQuit,
+                                      .outcomes = {"", refused, ""},
+                                      .envelopeFrom = Fixture::sender + "\nRSET"});
+    row("CR in the sender's address stops EHLO", {.script = greeting() + quit(),
+                                                  .operations = connectQuit,
+                                                  .outcomes = {refused, ""},
+                                                  .fromEmail = "mittente@prova.example\r\nRSET"});
+}
+
+} // namespace
+
+void TestSMTP::scripted_data() {
+    QTest::addColumn<ScriptRow>("row");
+    conversationRows();
+    readingRows();
+    refusalRows();
+    brokenConnectionRows();
+    injectionRows();
+}
+
+void TestSMTP::scripted() {
+    QFETCH(ScriptRow, row);
+    ScriptedServer server(row.script);
+    if (row.tls)
+        server.setTls(ScriptedServer::tlsConfiguration(ca().issue(Loopback::smtp, {}, {Loopback::smtp})));
+    QVERIFY(server.listen(Loopback::smtp));
+
+    SMTPConfig config;
+    config.host = Loopback::smtp;
+    config.port = server.port();
+    config.useTLS = row.tls;
+    config.username = row.username;
+    config.fromEmail = row.fromEmail;
+    SMTPSession::Options options;
+    options.timeout = std::chrono::milliseconds(1500);
+    options.extraTrustedCertificates = ca().certificates();
+    SMTPSession session(config, Fixture::password, options);
+
+    LogCapture logs;
+    QStringList outcomes;
+    QString rifiuto;
+    for (const QString& operation : std::as_const(row.operations)) {
+        Outcome outcome;
+        if (operation == QLatin1String("connect"))
+            outcome = runToEnd(session.connect());
+        else if (operation == QLatin1String("disconnect"))
+            outcome = runToEnd(session.disconnect());
+        else if (operation == QLatin1String("send!")) // the default message, whatever the row's addresses
+            outcome = runToEnd(session.sendMessage(Fixture::sender, Fixture::recipient, ScriptRow().data));
+        else
+            outcome = runToEnd(session.sendMessage(row.envelopeFrom, row.recipient, row.data));
+        QVERIFY2(outcome.foreign.isEmpty(), qPrintable(outcome.foreign));
+        outcomes << outcome.description();
+        if (outcome.error)
+            rifiuto = outcome.error->rifiutoDefinitivoDestinatario().value_or(QString());
+    }
+    const QStringList expected = row.outcomes.isEmpty() ? QStringList(row.operations.size(), QString()) : row.outcomes;
+    QCOMPARE(outcomes, expected);
+    QCOMPARE(rifiuto, row.rifiuto);
+    QTRY_VERIFY2(server.usedUp(), qPrintable(server.problem() + "\nreceived: " + server.received().join(" | ")));
+    QCOMPARE(server.connectionCount(), row.connections);
+
+    for (const QString& secret : {Fixture::password, Fixture::passwordBase64, Fixture::plainToken}) {
+        QVERIFY(!outcomes.join(u'\n').contains(secret));
+        QVERIFY(!LogCapture::lines().join(u'\n').contains(secret));
+    }
+}
+
+void TestSMTP::invalidPort_data() {
+    QTest::addColumn<int>("port");
+    QTest::addColumn<QString>("description");
+    const QString invalid = QStringLiteral("Errore di connessione: Porta non valida: ");
+    QTest::newRow("zero") << 0 << invalid + "0";
+    QTest::newRow("negative") << -25 << invalid + "-25";
+    QTest::newRow("65536") << 65536 << invalid + "65536";
+    QTest::newRow("beyond 16 bits") << 70000 << invalid + "70000";
+    QTest::newRow("largest int") << std::numeric_limits<int>::max() << invalid + "2147483647";
+    // The highest valid port goes to the network, where nobody listens on it.
+    QTest::newRow("65535") << 65535 << "Errore di connessione: Connection refused";
+}
+
+void TestSMTP::invalidPort() {
+    QFETCH(int, port);
+    QFETCH(QString, description);
+    SMTPConfig config;
+    config.host = Loopback::smtp;
+    config.port = port;
+    config.useTLS = false;
+    SMTPSession session(config, Fixture::password, SMTPSession::Options{.timeout = std::chrono::seconds(5)});
+    const Outcome outcome = runToEnd(session.connect());
+    QCOMPARE(outcome.description(), description);
+    QCOMPARE(runToEnd(session.disconnect()).description(), QString());
+}
