@@ -190,7 +190,8 @@ QCoro::Task<QList<Evento>> eventi(QString tipo, int giorni, QString chiave) {
 QCoro::Task<QList<Evento>> indirizziDaEscludere(int giorni, QString chiave) {
     QList<Evento> tutti = co_await eventi(QStringLiteral("hardBounces"), giorni, chiave);
     try {
-        tutti += co_await eventi(QStringLiteral("blocked"), giorni, chiave);
+        const QList<Evento> bloccati = co_await eventi(QStringLiteral("blocked"), giorni, chiave);
+        tutti += bloccati;
     } catch (const Errore&) {
         // Blocked addresses complete the hard bounces; without them the download still stands.
     }

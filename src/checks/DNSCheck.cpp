@@ -30,12 +30,14 @@ bool eNomeDKIMBrevo(const QString& riga) {
 
 QCoro::Task<bool> selettorePresente(QString selettore, QString dominio) {
     const QString nome = selettore + QStringLiteral("._domainkey.") + dominio;
-    if (haChiave(co_await txt(nome)))
+    const QStringList diretti = co_await txt(nome);
+    if (haChiave(diretti))
         co_return true;
     const std::optional<QString> destinazione = co_await cname(nome);
     if (!destinazione || destinazione->isEmpty())
         co_return false;
-    co_return haChiave(co_await txt(*destinazione));
+    const QStringList tramite = co_await txt(*destinazione);
+    co_return haChiave(tramite);
 }
 
 } // namespace
@@ -68,7 +70,8 @@ QStringList righeTXT(const QStringList& pezzi) {
 }
 
 QCoro::Task<QStringList> dig(QString tipo, QString nome) {
-    co_return righeTXT(co_await Dig::query(std::move(tipo), std::move(nome)));
+    const QStringList pezzi = co_await Dig::query(std::move(tipo), std::move(nome));
+    co_return righeTXT(pezzi);
 }
 
 QCoro::Task<QStringList> txt(QString nome) {
@@ -93,9 +96,11 @@ QCoro::Task<QStringList> selettoriPresenti(QString dominio) {
     for (const QString& selettore : selettori())
         domande.push_back(selettorePresente(selettore, dominio));
     QStringList presenti;
-    for (qsizetype i = 0; i < selettori().size(); ++i)
-        if (co_await std::move(domande[std::size_t(i)]))
+    for (qsizetype i = 0; i < selettori().size(); ++i) {
+        const bool presente = co_await std::move(domande[std::size_t(i)]);
+        if (presente)
             presenti.append(selettori().at(i));
+    }
     presenti.sort();
     co_return presenti;
 }

@@ -43,8 +43,11 @@ Esito memorizza(const QString& dominio, Esito esito) {
 
 // Any non-empty line counts as an answer, whatever it says.
 QCoro::Task<QStringList> dig(QString tipo, QString nome) {
+    // co_await results go to named variables first: GCC 12 may free temporaries that a full expression
+    // around a co_await still uses.
+    const QStringList pezzi = co_await Dig::query(std::move(tipo), std::move(nome));
     QStringList righe;
-    for (const QString& pezzo : co_await Dig::query(std::move(tipo), std::move(nome))) {
+    for (const QString& pezzo : pezzi) {
         const QString riga = Text::trimmedWhitespace(pezzo);
         if (!riga.isEmpty())
             righe.append(riga);
@@ -98,10 +101,11 @@ QCoro::Task<Esito> esito(QString dominio) {
         co_return Esito::dimostrativo;
     if (const auto noto = inCache(nome))
         co_return *noto;
-    if (!(co_await dig(QStringLiteral("MX"), nome)).isEmpty())
+    const QStringList scambiatori = co_await dig(QStringLiteral("MX"), nome);
+    if (!scambiatori.isEmpty())
         co_return memorizza(nome, Esito::recapitabile);
-    const bool indirizzo = !(co_await dig(QStringLiteral("A"), nome)).isEmpty();
-    co_return memorizza(nome, indirizzo ? Esito::senzaServerDiPosta : Esito::nonRisolto);
+    const QStringList indirizzi = co_await dig(QStringLiteral("A"), nome);
+    co_return memorizza(nome, indirizzi.isEmpty() ? Esito::nonRisolto : Esito::senzaServerDiPosta);
 }
 
 QCoro::Task<QHash<QString, Esito>> verifica(QSet<QString> domini, Avanzamento avanzamento) {
