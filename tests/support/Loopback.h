@@ -6,6 +6,7 @@
 namespace Loopback {
 inline constexpr const char* checksDns = "127.0.0.2";    // test_checks: NSD on port 53
 inline constexpr const char* checksHttps = "127.0.0.3";  // test_checks: the HTTPS API stand-in
+inline constexpr const char* checksSilent = "127.0.0.4"; // test_checks: a resolver that never answers
 inline constexpr const char* smtp = "127.0.0.11";        // test_smtp: aiosmtpd and scripted servers
 inline constexpr const char* engineSmtp = "127.0.0.21";  // test_engine: aiosmtpd and scripted servers
 inline constexpr const char* engineDns = "127.0.0.22";   // test_engine: NSD on port 53
