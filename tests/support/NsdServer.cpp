@@ -4,6 +4,9 @@
 #include <QFile>
 #include <QStandardPaths>
 
+#include <csignal>
+#include <sys/prctl.h>
+
 namespace {
 
 bool writeText(const QString& path, const QString& text) {
@@ -78,6 +81,8 @@ bool NsdServer::start(const QList<Zone>& zones) {
         m_error = QStringLiteral("could not write the NSD files");
         return false;
     }
+    // A test that crashes must not leave a server holding its address: nsd ends with its parent.
+    m_process.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGTERM); });
     m_process.setProcessChannelMode(QProcess::MergedChannels);
     m_process.setStandardOutputFile(m_dir.filePath(QStringLiteral("nsd.log")));
     m_process.start(nsdExecutable(),
