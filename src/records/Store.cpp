@@ -46,8 +46,12 @@ QString inspectExistingFile(const QString& path) {
     QString problem;
     {
         QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
-        // immutable: no locks, no -wal or -shm files made beside it.
-        db.setDatabaseName(QUrl::fromLocalFile(path).toString(QUrl::FullyEncoded) + QStringLiteral("?immutable=1"));
+        // immutable: no locks, no -wal or -shm files made beside it. But a write-ahead log left by a process
+        // that was killed holds committed changes, and a checkpoint cut short leaves the main file
+        // inconsistent without it: then the file is read through its log, still read-only.
+        const bool conLog = QFileInfo(path + QStringLiteral("-wal")).size() > 0;
+        db.setDatabaseName(QUrl::fromLocalFile(path).toString(QUrl::FullyEncoded) +
+                           (conLog ? QStringLiteral("?mode=ro") : QStringLiteral("?immutable=1")));
         db.setConnectOptions(QStringLiteral("QSQLITE_OPEN_READONLY;QSQLITE_OPEN_URI"));
         if (!db.open()) {
             problem = db.lastError().text();
