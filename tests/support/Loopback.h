@@ -14,4 +14,5 @@ inline constexpr const char* durability = "127.0.0.23";  // test_durability: aio
 inline constexpr const char* screensSmtp = "127.0.0.31"; // GUI tests that send
 inline constexpr const char* keychain = "127.0.0.41";    // reserved: test_keychain binds nothing today
 inline constexpr const char* benchSmtp = "127.0.0.61";   // bench/smtp: Postfix smtp-sink (bench.sh)
+inline constexpr const char* benchEngine = "127.0.0.62"; // bench/engine: Postfix smtp-sink (bench.sh)
 } // namespace Loopback
