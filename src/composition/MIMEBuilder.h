@@ -1,0 +1,73 @@
+#pragma once
+
+#include <QByteArray>
+#include <QDateTime>
+#include <QList>
+#include <QPair>
+#include <QString>
+
+#include <optional>
+
+// The exact bytes of one message as they go to the server after DATA. Every call makes fresh
+// boundaries, content identifiers and Message-ID, so each recipient gets their own.
+namespace MIMEBuilder {
+
+struct Address {
+    QString name;
+    QString email;
+};
+
+struct Attachment {
+    QString filename;
+    QString mimeType;
+    QByteArray data;
+};
+
+struct InlineImage {
+    QString cid;
+    QString mimeType;
+    QString filename;
+    QByteArray data;
+};
+
+struct Message {
+    Address from;
+    QString to;                     // used as it stands
+    std::optional<QString> replyTo; // absent or empty: no Reply-To header
+    QString subject;
+    QString html; // the whole page; data URIs of pictures in it become related parts
+    QString plainText;
+    QList<Attachment> attachments;
+    QList<QPair<QString, QString>> extraHeaders;
+};
+
+struct ExtractedImages {
+    QString html; // with "cid:" references in place of the data URIs
+    QList<InlineImage> images;
+};
+
+QByteArray build(const Message& message);
+
+// Takes every base64 data URI of an image out of the HTML, numbering the pictures from 1. A data URI
+// whose base64 doesn't decode stays where it is and uses up no number.
+ExtractedImages extractInlineImages(const QString& html);
+
+// "Tue, 3 Mar 2026 09:05:07 +0100", in the machine's time zone.
+QString rfc5322Date(const QDateTime& moment);
+
+// Line ends become blanks; a value with anything but ASCII becomes one UTF-8 base64 encoded word.
+QString encodeHeaderValue(const QString& value);
+
+// "Name <address>", or the bare address without a name.
+QString addressHeader(const QString& name, const QString& email);
+
+// Quoted-printable of the UTF-8 text, with CRLF line ends and lines of at most 76 bytes.
+QByteArray quotedPrintable(const QString& text);
+
+// Base64 in lines of 76 characters joined with CRLF, with no line end after the last.
+QByteArray base64Lines(const QByteArray& data);
+
+// The media type for a file extension (without the dot), "application/octet-stream" if unknown.
+QString mimeType(const QString& fileExtension);
+
+} // namespace MIMEBuilder
