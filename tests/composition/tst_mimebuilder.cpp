@@ -1,0 +1,306 @@
+#include "composition/MessageComposer.h"
+#include "composition/MIMEBuilder.h"
+#include "MimeReader.h"
+#include "TestEnvironment.h"
+
+#include <QBuffer>
+#include <QImage>
+#include <QJsonArray>
+#include <QRandomGenerator>
+#include <QRegularExpression>
+
+using MIMEBuilder::Attachment;
+using MIMEBuilder::Message;
+Q_DECLARE_METATYPE(MIMEBuilder::Message)
+
+namespace {
+// A picture that the test draws itself, encoded in the given format.
+QByteArray picture(const char* format, int width, int height) {
+    QImage image(width, height, QImage::Format_RGB32);
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+            image.setPixel(x, y, qRgb(x * 255 / width, y * 255 / height, (x * y) % 256));
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    image.save(&buffer, format);
+    return bytes;
+}
+
+QByteArray randomBytes(int size, quint32 seed) {
+    QRandomGenerator generator(seed);
+    QByteArray bytes(size, Qt::Uninitialized);
+    for (char& b : bytes)
+        b = static_cast<char>(generator.bounded(256));
+    return bytes;
+}
+
+QString dataURI(const QString& type, const QByteArray& bytes) {
+    return QStringLiteral("data:") + type + QStringLiteral(";base64,") + QString::fromLatin1(bytes.toBase64());
+}
+
+QString flattened(QString s) {
+    return s.replace(u'\r', u' ').replace(u'\n', u' ');
+}
+
+QString textAsSent(QString s) {
+    return s.replace(QStringLiteral("\r\n"), QStringLiteral("\n")).replace(u'\r', u'\n');
+}
+
+// Italian prose with an accented letter every few words, as long as asked.
+QString italian(int characters) {
+    const QString words = QString::fromUtf16(u"Perché la città è più bella quando l'offerta arriva già pronta; ");
+    QString text;
+    while (text.size() < characters)
+        text += words;
+    return text.left(characters);
+}
+
+Message baseMessage() {
+    Message m;
+    m.from = {QStringLiteral("Ditta Rossi"), QStringLiteral("info@ditta-rossi.it")};
+    m.to = QStringLiteral("mario.bianchi@example.it");
+    m.subject = QStringLiteral("Novità di marzo");
+    m.plainText = QStringLiteral("Buongiorno Mario,\nil listino è allegato.\n\nSaluti");
+    m.html = QStringLiteral("<p>Buongiorno Mario,</p><p>il listino è allegato.</p>");
+    return m;
+}
+
+QStringList headerNames(const Message& m) {
+    QStringList names{"Date", "From", "To"};
+    if (m.replyTo && !m.replyTo->isEmpty())
+        names << "Reply-To";
+    names << QStringList{"Subject", "Message-ID", "MIME-Version", "X-Mailer"};
+    for (const auto& header : m.extraHeaders)
+        names << header.first;
+    return names << "Content-Type";
+}
+} // namespace
+
+class TestMIMEBuilder : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void readBack_data();
+    void readBack();
+    void subjectEncoding_data();
+    void subjectEncoding();
+    void freshIdentifiersForEveryMessage();
+};
+
+void TestMIMEBuilder::readBack_data() {
+    QTest::addColumn<Message>("message");
+    QTest::addColumn<QStringList>("pictures"); // data URIs that stand for @1@, @2@... in the HTML
+    QTest::addColumn<QString>("tree");
+    const QString alternative = QStringLiteral("multipart/alternative(text/plain,text/html)");
+
+    Message plain = baseMessage();
+    plain.html.clear();
+    QTest::newRow("plain text only") << plain << QStringList{} << alternative;
+
+    MessageTemplate t(QStringLiteral("Offerta"), QStringLiteral("Per {{nome}}"),
+                      QStringLiteral("<p>Ciao {{nome}},</p><ul><li>Sconto & regalo</li></ul>"));
+    SMTPConfig config;
+    config.fromEmail = QStringLiteral("info@ditta-rossi.it");
+    config.mittentePostale = QStringLiteral("Ditta Rossi Srl\nVia Garibaldi, 12\n20100 Milano");
+    const MessageComposer::Rendered rendered = MessageComposer::compose(t, {{"nome", "Mario"}}, config);
+    Message page = baseMessage();
+    page.subject = rendered.subject;
+    page.html = rendered.html;
+    page.plainText = rendered.plainText;
+    page.replyTo = QStringLiteral("risposte@ditta-rossi.it");
+    page.extraHeaders = {{"List-Unsubscribe", "<mailto:risposte@ditta-rossi.it?subject=Cancellami>"}};
+    QTest::newRow("a rendered page with its footer") << page << QStringList{} << alternative;
+
+    Message pictures = baseMessage();
+    pictures.html = QStringLiteral("<p>Logo</p><img src=\"@1@\" alt=\"logo\"><p>Foto</p><img src=\"@2@\">"
+                                   "<table style=\"background:url(@3@)\"><tr><td>x</td></tr></table>");
+    const QStringList three{dataURI("image/png", picture("PNG", 120, 40)),
+                            dataURI("image/jpeg", picture("JPEG", 300, 200)),
+                            dataURI("image/webp", picture("WEBP", 64, 64))};
+    QTest::newRow("three data-URI pictures")
+        << pictures << three << "multipart/related(" + alternative + ",image/png,image/jpeg,image/webp)";
+
+    Message attachments = baseMessage();
+    attachments.attachments = {
+        {QString::fromUtf16(u"Listino prezzi è 2026.pdf"), "application/pdf", randomBytes(150000, 1)},
+        {QString::fromUtf16(u"Città – elenco clienti.xlsx"), MIMEBuilder::mimeType("xlsx"), randomBytes(57, 2)},
+        {QString::fromUtf16(u"Perché 😀.txt"), "text/plain", QByteArray("riga uno\r\nriga due\n")},
+        {"note.csv", "text/plain", QByteArray()},
+    };
+    QTest::newRow("attachments with accented names")
+        << attachments << QStringList{}
+        << "multipart/mixed(" + alternative +
+               ",application/pdf,application/vnd.openxmlformats-officedocument.spreadsheetml.sheet,text/plain,"
+               "text/plain)";
+
+    Message both = pictures;
+    both.attachments = {{QString::fromUtf16(u"Offerta n° 7.pdf"), "application/pdf", randomBytes(3000, 3)}};
+    QTest::newRow("pictures and an attachment")
+        << both << three
+        << "multipart/mixed(multipart/related(" + alternative + ",image/png,image/jpeg,image/webp),application/pdf)";
+
+    Message empty = baseMessage();
+    empty.plainText.clear();
+    empty.html.clear();
+    empty.subject.clear();
+    QTest::newRow("empty body and subject") << empty << QStringList{} << alternative;
+
+    Message injected = baseMessage();
+    injected.subject = QStringLiteral("Offerta\r\nBcc: vittima@example.com");
+    injected.to = QStringLiteral("mario@example.it\nBcc: v2@example.com");
+    injected.replyTo = QStringLiteral("r@example.it\r\nX-Iniettato: 1");
+    injected.from.name = QStringLiteral("Ditta\r\nBcc: v3@example.com");
+    injected.extraHeaders = {{"List-Unsubscribe", "<mailto:r@example.it?subject=Cancellami>\nBcc: v4@example.com"}};
+    QTest::newRow("line feeds injected into every header") << injected << QStringList{} << alternative;
+
+    Message accentedInjection = injected;
+    accentedInjection.subject = QString::fromUtf16(u"Novità\nBcc: vittima@example.com");
+    QTest::newRow("line feed in an encoded subject") << accentedInjection << QStringList{} << alternative;
+
+    Message longOnes = baseMessage();
+    longOnes.subject = italian(500);
+    longOnes.from.name = italian(500);
+    longOnes.plainText = italian(5000) + QStringLiteral(" \n") + QString(3000, u'=');
+    longOnes.html = QStringLiteral("<p>") + italian(8000) + QStringLiteral("</p>");
+    QTest::newRow("500-character subject and name, long lines") << longOnes << QStringList{} << alternative;
+
+    Message specials = baseMessage();
+    specials.from.name = QStringLiteral("Rossi, Bianchi & Associati \"Studio\" s.r.l.");
+    QTest::newRow("specials in the sender's name") << specials << QStringList{} << alternative;
+
+    Message noName = baseMessage();
+    noName.from.name = QStringLiteral(" \t");
+    noName.to = QString::fromUtf16(u"niccolò@esempio.it");
+    noName.replyTo = QString();
+    QTest::newRow("no sender name, non-ASCII recipient, empty reply-to") << noName << QStringList{} << alternative;
+
+    Message lineEnds = baseMessage();
+    lineEnds.plainText = QStringLiteral("uno\r\ndue\rtre\n\n\tquattro \t\nfine\t");
+    lineEnds.html = QStringLiteral("<p>uno</p>\r\n<p>due</p>\r<p>=3D</p>\n");
+    QTest::newRow("line ends of every kind, blanks at line ends") << lineEnds << QStringList{} << alternative;
+
+    Message odd = baseMessage();
+    odd.html = QStringLiteral("<img src=\"data:image/png;base64,QUI\"><img src=\"@1@\">");
+    QString broken = dataURI("image/gif", picture("PNG", 10, 10));
+    broken.insert(40, QStringLiteral("\r\n  "));
+    broken.insert(20 + broken.size() / 2, u'\n');
+    QTest::newRow("bad data URI stays, one with line breaks is taken")
+        << odd << QStringList{broken} << "multipart/related(" + alternative + ",image/gif)";
+}
+
+void TestMIMEBuilder::readBack() {
+    QFETCH(Message, message);
+    QFETCH(QStringList, pictures);
+    QFETCH(QString, tree);
+    const QString htmlWithMarkers = message.html;
+    for (qsizetype i = 0; i < pictures.size(); ++i)
+        message.html.replace(QStringLiteral("@%1@").arg(i + 1), pictures[i]);
+
+    const QByteArray bytes = MIMEBuilder::build(message);
+    const QJsonObject read = TestSupport::readWithPython(bytes);
+    QVERIFY(!read.isEmpty());
+
+    QCOMPARE(read["tree"].toString(), tree);
+    QCOMPARE(read["defects"].toArray(), QJsonArray());
+    QVERIFY(read["preamble"].toString().isEmpty());
+    const QJsonObject lines = read["lines"].toObject();
+    QVERIFY2(lines["maxLineBytes"].toInt() <= 998, qPrintable(QString::number(lines["maxLineBytes"].toInt())));
+    QCOMPARE(lines["bareLF"].toInt(), 0);
+    QCOMPARE(lines["bareCR"].toInt(), 0);
+    QVERIFY(lines["endsWithCRLF"].toBool());
+
+    // Headers: order, values decoded back, and nothing injected.
+    QStringList names;
+    for (const QJsonValue& name : read["headerNames"].toArray())
+        names << name.toString();
+    QCOMPARE(names, headerNames(message));
+    const QJsonObject raw = read["raw"].toObject();
+    QCOMPARE(read["subject"].toString(), flattened(message.subject));
+    QCOMPARE(raw["To"].toString(), flattened(message.to));
+    if (message.replyTo && !message.replyTo->isEmpty())
+        QCOMPARE(raw["Reply-To"].toString(), flattened(*message.replyTo));
+    for (const auto& [name, value] : message.extraHeaders)
+        QCOMPARE(raw[name].toString(), flattened(value));
+    const QJsonArray from = read["from"].toArray();
+    QCOMPARE(from.size(), 1);
+    QCOMPARE(from[0]["name"].toString(), flattened(message.from.name).trimmed());
+    QCOMPARE(from[0]["email"].toString(), message.from.email);
+    const QRegularExpression messageId(QStringLiteral("^<[0-9a-f]{8}(-[0-9a-f]{4}){3}-[0-9a-f]{12}@") +
+                                       QRegularExpression::escape(message.from.email.section(u'@', -1)) + u'>' + u'$');
+    QVERIFY2(messageId.match(read["messageId"].toString()).hasMatch(), qPrintable(read["messageId"].toString()));
+    QVERIFY(!read["date"].toString().isEmpty());
+
+    // Parts: texts as written, pictures and attachments byte for byte.
+    const QJsonArray leaves = read["leaves"].toArray();
+    QCOMPARE(leaves.size(), 2 + pictures.size() + message.attachments.size());
+    QCOMPARE(leaves[0]["type"].toString(), "text/plain");
+    QCOMPARE(leaves[0]["text"].toString(), textAsSent(message.plainText));
+    QCOMPARE(leaves[1]["type"].toString(), "text/html");
+    QString expectedHtml = htmlWithMarkers;
+    for (qsizetype i = 0; i < pictures.size(); ++i) {
+        const QJsonValue leaf = leaves[2 + i];
+        const QString type = pictures[i].section(u';', 0, 0).mid(5);
+        QCOMPARE(leaf["type"].toString(), type);
+        QCOMPARE(leaf["disposition"].toString(), "inline");
+        QCOMPARE(leaf["filename"].toString(), QStringLiteral("immagine%1.%2").arg(i + 1).arg(type.section(u'/', 1)));
+        const QString uriData = pictures[i].section(u',', 1).remove(u'\r').remove(u'\n').remove(u' ');
+        QCOMPARE(leaf["data"].toString(), uriData);
+        QString cid = leaf["cid"].toString();
+        QVERIFY2(cid.startsWith(u'<') && cid.endsWith(u'>'), qPrintable(cid));
+        expectedHtml.replace(QStringLiteral("@%1@").arg(i + 1), QStringLiteral("cid:") + cid.mid(1, cid.size() - 2));
+    }
+    QCOMPARE(leaves[1]["text"].toString(), textAsSent(expectedHtml));
+    for (qsizetype i = 0; i < message.attachments.size(); ++i) {
+        const Attachment& attachment = message.attachments[i];
+        const QJsonValue leaf = leaves[2 + pictures.size() + i];
+        QCOMPARE(leaf["type"].toString(), attachment.mimeType);
+        QCOMPARE(leaf["disposition"].toString(), "attachment");
+        QCOMPARE(leaf["filename"].toString(), attachment.filename);
+        QCOMPARE(QByteArray::fromBase64(leaf["data"].toString().toLatin1()), attachment.data);
+        QCOMPARE(leaf["defects"].toArray(), QJsonArray());
+    }
+}
+
+void TestMIMEBuilder::subjectEncoding_data() {
+    QTest::addColumn<QString>("subject");
+    QTest::addColumn<QString>("rawSubject");
+    QTest::newRow("ASCII as it stands") << "Offerta: -20% (solo oggi)"
+                                        << "Offerta: -20% (solo oggi)";
+    const QString longSubject = QString(90, u'x') + QString::fromUtf16(u"à");
+    QTest::newRow("one encoded word past 75 characters")
+        << longSubject << "=?UTF-8?B?" + QString::fromLatin1(longSubject.toUtf8().toBase64()) + "?=";
+}
+
+void TestMIMEBuilder::subjectEncoding() {
+    QFETCH(QString, subject);
+    QFETCH(QString, rawSubject);
+    Message m = baseMessage();
+    m.subject = subject;
+    const QByteArray bytes = MIMEBuilder::build(m);
+    QVERIFY2(bytes.contains("\r\nSubject: " + rawSubject.toLatin1() + "\r\nMessage-ID: <"),
+             bytes.left(600).constData());
+    const QJsonObject read = TestSupport::readWithPython(bytes);
+    QCOMPARE(read["subject"].toString(), subject);
+}
+
+void TestMIMEBuilder::freshIdentifiersForEveryMessage() {
+    Message m = baseMessage();
+    m.html = QStringLiteral("<img src=\"data:image/png;base64,QUJD\">");
+    m.attachments = {{"a.pdf", "application/pdf", "x"}};
+    const QRegularExpression identifiers(QStringLiteral(
+        "(----=_Brezzario_(alt|rel|mix)_[0-9A-F]{32}|Message-ID: <[^>]+>|img1\\.[0-9A-F]{8}@brezzario)"));
+    QSet<QString> seen;
+    for (int i = 0; i < 2; ++i) {
+        const QString text = QString::fromUtf8(MIMEBuilder::build(m));
+        QSet<QString> these;
+        auto it = identifiers.globalMatch(text);
+        while (it.hasNext())
+            these.insert(it.next().captured(1));
+        QCOMPARE(these.size(), 5); // three boundaries, the Message-ID, the picture's identifier
+        QVERIFY(!seen.intersects(these));
+        seen.unite(these);
+    }
+}
+
+BREZZARIO_TEST_GUILESS_MAIN(TestMIMEBuilder)
+#include "tst_mimebuilder.moc"
