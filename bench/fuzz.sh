@@ -7,15 +7,17 @@
 # seeds in fuzz/<area>/seeds/<fuzzer>/ are added to them. The dictionary is fuzz/<area>/<fuzzer>.dict,
 # or the area's only .dict file. Crashing inputs are kept in
 # $FUZZ_WORK/<fuzzer>/artifacts. Extra libFuzzer flags may be given in FUZZ_FLAGS; FUZZ_FILTER (an
-# extended regular expression on the path) picks some of the fuzzers.
+# extended regular expression on the fuzzer's name) picks some of them.
 set -uo pipefail
 cd "$(dirname "$0")/.."
 seconds="${1:-300}"
 work="${FUZZ_WORK:-/tmp/brezzario-fuzz}"
 build="${FUZZ_BUILD_DIR:-$PWD/build-fuzz}"
 
-mapfile -t fuzzers < <(find "$build/fuzz" -type f -perm -u+x -name 'fuzz_*' 2>/dev/null | sort |
-    grep -E "${FUZZ_FILTER:-.}")
+mapfile -t fuzzers < <(find "$build/fuzz" -type f -perm -u+x -name 'fuzz_*' 2>/dev/null | sort)
+if [ -n "${FUZZ_FILTER:-}" ]; then
+    mapfile -t fuzzers < <(for f in "${fuzzers[@]}"; do basename "$f" | grep -qE "$FUZZ_FILTER" && echo "$f"; done)
+fi
 if [ "${#fuzzers[@]}" -eq 0 ]; then
     echo "No fuzzers under $build/fuzz: run 'cmake --preset fuzz && cmake --build build-fuzz' first." >&2
     exit 1
