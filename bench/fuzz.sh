@@ -4,9 +4,10 @@
 #   bench/fuzz.sh [seconds per fuzzer, default 300]
 # Build them first: cmake --preset fuzz && cmake --build build-fuzz
 # Corpora persist in $FUZZ_WORK (default /tmp/brezzario-fuzz) so a later run goes on from there;
-# seeds in fuzz/<area>/seeds/<fuzzer>/ are added to them, and fuzz/<area>/<fuzzer>.dict is used when
-# present. Crashing inputs are kept in
-# $FUZZ_WORK/<fuzzer>/artifacts. Extra libFuzzer flags may be given in FUZZ_FLAGS.
+# seeds in fuzz/<area>/seeds/<fuzzer>/ are added to them. The dictionary is fuzz/<area>/<fuzzer>.dict,
+# or the area's only .dict file. Crashing inputs are kept in
+# $FUZZ_WORK/<fuzzer>/artifacts. Extra libFuzzer flags may be given in FUZZ_FLAGS; FUZZ_FILTER (an
+# extended regular expression on the fuzzer's name) picks some of them.
 set -uo pipefail
 cd "$(dirname "$0")/.."
 seconds="${1:-300}"
@@ -14,6 +15,9 @@ work="${FUZZ_WORK:-/tmp/brezzario-fuzz}"
 build="${FUZZ_BUILD_DIR:-$PWD/build-fuzz}"
 
 mapfile -t fuzzers < <(find "$build/fuzz" -type f -perm -u+x -name 'fuzz_*' 2>/dev/null | sort)
+if [ -n "${FUZZ_FILTER:-}" ]; then
+    mapfile -t fuzzers < <(for f in "${fuzzers[@]}"; do basename "$f" | grep -qE "$FUZZ_FILTER" && echo "$f"; done)
+fi
 if [ "${#fuzzers[@]}" -eq 0 ]; then
     echo "No fuzzers under $build/fuzz: run 'cmake --preset fuzz && cmake --build build-fuzz' first." >&2
     exit 1
@@ -32,7 +36,12 @@ for exe in "${fuzzers[@]}"; do
         cp -n "fuzz/$area/seeds/$name"/* "$corpus"/ 2>/dev/null || true
     fi
     dict=()
-    [ -f "fuzz/$area/$name.dict" ] && dict=(-dict="fuzz/$area/$name.dict")
+    area_dicts=(fuzz/"$area"/*.dict)
+    if [ -f "fuzz/$area/$name.dict" ]; then
+        dict=(-dict="fuzz/$area/$name.dict")
+    elif [ "${#area_dicts[@]}" -eq 1 ] && [ -f "${area_dicts[0]}" ]; then
+        dict=(-dict="${area_dicts[0]}")
+    fi
     before="$(find "$artifacts" -type f | wc -l)"
     echo "== $name: ${seconds}s, corpus $corpus"
     start=$(date +%s)

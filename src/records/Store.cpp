@@ -334,6 +334,18 @@ QList<ContactRow> Store::rows(RecordId listId) const {
 }
 
 namespace {
+// A log counts as a delivery unless its status says otherwise: an unknown status reads as sent.
+const QString deliveredLog = QStringLiteral("statusRaw NOT IN ('failed', 'skipped', 'test')");
+
+QSet<QString> normalizedAddresses(QSqlQuery& query) {
+    QSet<QString> result;
+    if (query.exec())
+        while (query.next())
+            result.insert(Text::normalizedAddress(query.value(0).toString()));
+    query.finish();
+    return result;
+}
+
 int countOf(QSqlQuery& query) {
     const int count = query.exec() && query.next() ? query.value(0).toInt() : 0;
     query.finish();
@@ -401,22 +413,16 @@ QList<SendLog> Store::logs(RecordId campaignId) const {
 
 int Store::sentCount(RecordId campaignId) const {
     // An unknown status reads as sent.
-    QSqlQuery& query = prepared(QStringLiteral(
-        "SELECT count(*) FROM SendLog WHERE campaignId = ? AND statusRaw NOT IN ('failed', 'skipped', 'test')"));
+    QSqlQuery& query =
+        prepared(QStringLiteral("SELECT count(*) FROM SendLog WHERE campaignId = ? AND ") + deliveredLog);
     query.bindValue(0, campaignId);
     return countOf(query);
 }
 
 QSet<QString> Store::sentEmails(RecordId campaignId) const {
-    QSqlQuery& query = prepared(QStringLiteral(
-        "SELECT email FROM SendLog WHERE campaignId = ? AND statusRaw NOT IN ('failed', 'skipped', 'test')"));
+    QSqlQuery& query = prepared(QStringLiteral("SELECT email FROM SendLog WHERE campaignId = ? AND ") + deliveredLog);
     query.bindValue(0, campaignId);
-    QSet<QString> result;
-    if (query.exec())
-        while (query.next())
-            result.insert(Text::normalizedAddress(query.value(0).toString()));
-    query.finish();
-    return result;
+    return normalizedAddresses(query);
 }
 
 int Store::failedCount(RecordId campaignId) const {
@@ -443,13 +449,7 @@ bool Store::removeAllLogs() {
 }
 
 QSet<QString> Store::suppressedEmails() const {
-    QSqlQuery& query = prepared(QStringLiteral("SELECT email FROM Suppression"));
-    QSet<QString> result;
-    if (query.exec())
-        while (query.next())
-            result.insert(Text::normalizedAddress(query.value(0).toString()));
-    query.finish();
-    return result;
+    return normalizedAddresses(prepared(QStringLiteral("SELECT email FROM Suppression")));
 }
 
 QHash<QString, QList<ContactRow>> Store::righePerEmail() const {
