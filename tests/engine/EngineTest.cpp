@@ -1,23 +1,29 @@
 #include "EngineTest.h"
 
-#include "AiosmtpdServer.h"
-#include "checks/Dig.h"
 #include "Loopback.h"
-#include "NsdServer.h"
 #include "TestCA.h"
 #include "TestEnvironment.h"
 
 #include <QCoro/QCoroTask>
 
-Scena::Scena(const SMTPConfig& config, const QStringList& indirizzi) : store(*temp.store) {
+Scena::Scena(const SMTPConfig& config, const QStringList& indirizzi, const TestCA* ca,
+             std::chrono::milliseconds timeout)
+    : store(*temp.store) {
     settings.setConfig(config);
     settings.setNomeProfiloAttivo(QStringLiteral("Prova TLS"));
     settings.setPassword(AiosmtpdServer::Options().password);
+    const SMTPSession::Options opzioni = AiosmtpdServer::sessionOptions(ca, timeout);
+    engine->setFabbricaSessionePerTest([opzioni](const SMTPConfig& c, const QString& password) {
+        return std::make_unique<SMTPSession>(c, password, opzioni);
+    });
 
     lista = ContactList(QStringLiteral("Clienti"), QStringLiteral("clienti.csv"), {"email", "nome", "citta"},
                         QStringLiteral("email"));
     store.insert(lista);
-    aggiungiRighe(indirizzi);
+    QList<ContactRow> righe;
+    for (const QString& indirizzo : indirizzi)
+        righe.append(ContactRow({{"email", indirizzo}, {"nome", nomeDi(indirizzo)}, {"citta", "Bari"}}, indirizzo));
+    store.insertRows(lista.id, righe);
     modello = MessageTemplate(QStringLiteral("Saldi"), QStringLiteral("Offerta per {{nome}}"),
                               QStringLiteral("<p>Gentile {{nome}} di {{citta}},</p><p>ecco i saldi.</p>"));
     store.insert(modello);
@@ -25,21 +31,6 @@ Scena::Scena(const SMTPConfig& config, const QStringList& indirizzi) : store(*te
     campaign.templateId = modello.id;
     campaign.listId = lista.id;
     store.insert(campaign);
-    store.save();
-}
-
-void Scena::usaSessioniDiProva(const TestCA* ca, std::chrono::milliseconds timeout) {
-    const SMTPSession::Options opzioni = AiosmtpdServer::sessionOptions(ca, timeout);
-    engine->setFabbricaSessionePerTest([opzioni](const SMTPConfig& config, const QString& password) {
-        return std::make_unique<SMTPSession>(config, password, opzioni);
-    });
-}
-
-void Scena::aggiungiRighe(const QStringList& indirizzi) {
-    QList<ContactRow> righe;
-    for (const QString& indirizzo : indirizzi)
-        righe.append(ContactRow({{"email", indirizzo}, {"nome", nomeDi(indirizzo)}, {"citta", "Bari"}}, indirizzo));
-    store.insertRows(lista.id, righe);
     store.save();
 }
 
@@ -97,6 +88,17 @@ SMTPConfig configurazione(const SMTPConfig& server) {
     config.mittentePostale = QStringLiteral("Ditta Prova srl, via Roma 1, Bari");
     config.motivazioneContatto = QStringLiteral("Ricevi questo messaggio perché sei nostro cliente.");
     return config;
+}
+
+std::unique_ptr<AiosmtpdServer> avviaServer(TestCA& ca, const QList<AiosmtpdServer::Rule>& rcpt,
+                                            const QList<AiosmtpdServer::Rule>& data) {
+    AiosmtpdServer::Options options = AiosmtpdServer::withTls(ca, Loopback::engineSmtp);
+    options.rejectAtRcpt = rcpt;
+    options.rejectAtData = data;
+    auto server = std::make_unique<AiosmtpdServer>(options);
+    if (!server->start())
+        qWarning() << server->errorString();
+    return server;
 }
 
 TestCA& TestEngine::ca() {

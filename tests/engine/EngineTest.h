@@ -1,9 +1,9 @@
 #pragma once
 
+#include "AiosmtpdServer.h"
 #include "engine/SendEngine.h"
 #include "records/Store.h"
 #include "settings/SettingsStore.h"
-#include "smtp/SMTPSession.h"
 #include "TempStore.h"
 
 #include <QObject>
@@ -15,21 +15,19 @@
 class TestCA;
 
 // A stored list, template and campaign, the settings of one send profile and an engine, on a real store.
+// Rows are given as addresses; every row gets the fields "nome" and "citta". The engine's sessions trust
+// `ca` and give up after `timeout`.
 struct Scena {
-    // Rows are given as addresses; every row gets the fields "nome" and "citta".
-    explicit Scena(const SMTPConfig& config, const QStringList& indirizzi = {});
+    Scena(const SMTPConfig& config, const QStringList& indirizzi, const TestCA* ca,
+          std::chrono::milliseconds timeout = std::chrono::seconds(5));
 
-    // Sessions with a short time-out that trust the test CA.
-    void usaSessioniDiProva(const TestCA* ca, std::chrono::milliseconds timeout = std::chrono::seconds(5));
-    void aggiungiRighe(const QStringList& indirizzi);
-    // Runs the campaign to its end in a nested event loop.
-    void corri();
+    void corri(); // runs the campaign to its end in a nested event loop
     Campaign campagna() const;
     QList<SendLog> logs() const; // this campaign's, oldest first
     QList<SendLog> logsCon(SendStatus stato) const;
     ContactRow riga(const QString& email) const; // the first row of the list with that address
 
-    static QString nomeDi(const QString& email); // the "nome" a row gets: the local part, capitalised
+    static QString nomeDi(const QString& email); // the local part, capitalised, and " & Figli"
 
     TempStore temp;
     Store& store;
@@ -45,6 +43,10 @@ QStringList righeCon(const SendEngine& engine, const QString& prefisso);
 
 // A configuration for a server: pace 0, no daily limit, no domain check, a footer with content.
 SMTPConfig configurazione(const SMTPConfig& server);
+
+// aiosmtpd with implicit TLS and AUTH, already started, answering the given rules.
+std::unique_ptr<AiosmtpdServer> avviaServer(TestCA& ca, const QList<AiosmtpdServer::Rule>& rcpt = {},
+                                            const QList<AiosmtpdServer::Rule>& data = {});
 
 class TestEngine : public QObject {
     Q_OBJECT
@@ -64,8 +66,7 @@ private Q_SLOTS:
     void controlloDomini_data();
     void controlloDomini();
     void pausaEStop();
-    void modelloMancante_data();
-    void modelloMancante();
+    void campagnaSenzaModelloOLista();
 
     // Scripted servers for the faults a real server won't produce.
     void copioni_data();

@@ -1,21 +1,21 @@
 #include "EngineTest.h"
 
-#include "AiosmtpdServer.h"
 #include "Loopback.h"
 #include "MimeReader.h"
 #include "NsdServer.h"
 #include "TestCA.h"
 
+#include <QCoro/QCoroTask>
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QtTest>
 
 namespace {
 
-QStringList indirizzi(int quanti, const QString& dominio = QStringLiteral("ditta.it")) {
+QStringList indirizzi(int quanti) {
     QStringList result;
     for (int i = 1; i <= quanti; ++i)
-        result << QStringLiteral("cliente%1@%2").arg(i, 2, 10, QLatin1Char('0')).arg(dominio);
+        result << QStringLiteral("cliente%1@ditta.it").arg(i, 2, 10, QLatin1Char('0'));
     return result;
 }
 
@@ -24,17 +24,6 @@ QStringList destinatari(const AiosmtpdServer& server) {
     for (const AiosmtpdServer::Message& message : server.messages())
         result << message.rcptTos;
     return result;
-}
-
-std::unique_ptr<AiosmtpdServer> avvia(TestCA& ca, const QList<AiosmtpdServer::Rule>& rcpt = {},
-                                      const QList<AiosmtpdServer::Rule>& data = {}) {
-    AiosmtpdServer::Options options = AiosmtpdServer::withTls(ca, Loopback::engineSmtp);
-    options.rejectAtRcpt = rcpt;
-    options.rejectAtData = data;
-    auto server = std::make_unique<AiosmtpdServer>(options);
-    if (!server->start())
-        qWarning() << server->errorString();
-    return server;
 }
 
 QString testoDi(const QJsonObject& letto, const QString& tipo) {
@@ -49,11 +38,10 @@ QString testoDi(const QJsonObject& letto, const QString& tipo) {
 // Fifty recipients from a stored list, plus a row with no valid address and a duplicate: every message goes
 // to its own address with its own text, and every outcome lands in logs, rows, events and counters.
 void TestEngine::campagnaCompleta() {
-    auto server = avvia(ca());
-    QVERIFY(server->options().address == QLatin1String(Loopback::engineSmtp));
+    auto server = avviaServer(ca());
     const QStringList cinquanta = indirizzi(50);
-    Scena scena(configurazione(server->config()), cinquanta + QStringList{"non-un-indirizzo", "CLIENTE07@ditta.it "});
-    scena.usaSessioniDiProva(&ca());
+    Scena scena(configurazione(server->config()), cinquanta + QStringList{"non-un-indirizzo", "CLIENTE07@ditta.it "},
+                &ca());
     // The same address in another list: its row records the delivery too.
     ContactList altra(QStringLiteral("Fiera"), QStringLiteral("fiera.csv"), {"email"}, QStringLiteral("email"));
     scena.store.insert(altra);
@@ -68,13 +56,9 @@ void TestEngine::campagnaCompleta() {
     QCOMPARE(engine.failed(), 0);
     QCOMPARE(engine.skipped(), 2);
     QCOMPARE(engine.total(), 50);
-    QCOMPARE(engine.processed(), 50);
     QVERIFY(!engine.isRunning());
     QVERIFY(engine.fine().has_value());
-    QCOMPARE(engine.servizio(), "Prova TLS");
-    QCOMPARE(engine.server(), QStringLiteral("%1:2525").arg(Loopback::engineSmtp));
     QCOMPARE(scena.campagna().status(), CampaignStatus::completed);
-    QCOMPARE(scena.campagna().snapshotSubject, "Offerta per {{nome}}");
 
     const QStringList log = engine.activityLog();
     QCOMPARE(log.first(), QStringLiteral("Connessione a %1:2525…").arg(Loopback::engineSmtp));
@@ -83,14 +67,18 @@ void TestEngine::campagnaCompleta() {
     QCOMPARE(log.size(), 53);
 
     const QList<AiosmtpdServer::Message> ricevuti = server->messages();
+    const QList<SendLog> inviati = scena.logsCon(SendStatus::sent);
     QCOMPARE(ricevuti.size(), 50);
+    QCOMPARE(inviati.size(), 50);
     for (int i = 0; i < 50; ++i) {
         const QString indirizzo = cinquanta.at(i);
         const QString nome = Scena::nomeDi(indirizzo);
         QCOMPARE(ricevuti.at(i).rcptTos, QStringList{indirizzo});
         QCOMPARE(ricevuti.at(i).mailFrom, "mittente@prova.example");
-        QCOMPARE(ricevuti.at(i).authenticatedAs, server->options().username);
         QCOMPARE(log.at(2 + i), "✓ " + indirizzo);
+        QCOMPARE(inviati.at(i).email, indirizzo);
+        QCOMPARE(inviati.at(i).subject, "Offerta per " + nome);
+        QCOMPARE(inviati.at(i).servizio, "Prova TLS");
 
         const QJsonObject letto = TestSupport::readWithPython(ricevuti.at(i).data);
         QCOMPARE(letto.value("subject").toString(), "Offerta per " + nome);
@@ -105,14 +93,6 @@ void TestEngine::campagnaCompleta() {
         QVERIFY2(testo.contains("\n\n-- \nRicevi questo messaggio perché sei nostro cliente."), qPrintable(testo));
     }
 
-    const QList<SendLog> inviati = scena.logsCon(SendStatus::sent);
-    QCOMPARE(inviati.size(), 50);
-    for (int i = 0; i < 50; ++i) {
-        QCOMPARE(inviati.at(i).email, cinquanta.at(i));
-        QCOMPARE(inviati.at(i).subject, "Offerta per " + Scena::nomeDi(cinquanta.at(i)));
-        QCOMPARE(inviati.at(i).servizio, "Prova TLS");
-        QCOMPARE(inviati.at(i).detail, QString());
-    }
     const QList<SendLog> saltati = scena.logsCon(SendStatus::skipped);
     QCOMPARE(saltati.size(), 2);
     QCOMPARE(saltati.at(0).email, "non-un-indirizzo");
@@ -123,7 +103,6 @@ void TestEngine::campagnaCompleta() {
 
     // Skips come first in the events, in plan order, then the deliveries in list order.
     QCOMPARE(engine.eventi().size(), 52);
-    QCOMPARE(engine.eventi().at(0).esito, SendStatus::skipped);
     QCOMPARE(engine.eventi().at(1).dettaglio, "duplicato nella lista");
     QCOMPARE(engine.eventi().at(2).email, cinquanta.first());
     QCOMPARE(engine.eventi().last().esito, SendStatus::sent);
@@ -161,9 +140,8 @@ void TestEngine::secondaCorsa() {
     QFETCH(int, nuoviMessaggi);
     QFETCH(int, saltati);
     QFETCH(int, nuoviLog);
-    auto server = avvia(ca());
-    Scena scena(configurazione(server->config()), indirizzi(4) << QStringLiteral("cliente02@ditta.it"));
-    scena.usaSessioniDiProva(&ca());
+    auto server = avviaServer(ca());
+    Scena scena(configurazione(server->config()), indirizzi(4) << "cliente02@ditta.it", &ca());
     scena.campaign.skipDuplicates = skipDuplicates;
     scena.store.update(scena.campaign);
     scena.corri();
@@ -182,52 +160,37 @@ void TestEngine::secondaCorsa() {
     for (const AiosmtpdServer::Message& message : server->messages())
         QVERIFY(TestSupport::readWithPython(message.data).value("subject").toString().startsWith("Offerta per "));
     QCOMPARE(scena.riga("cliente01@ditta.it").inviateCount, skipDuplicates ? 1 : 2);
-    QCOMPARE(scena.riga("cliente01@ditta.it").saltateCount, 0);
 }
 
 void TestEngine::rifiuti_data() {
     QTest::addColumn<bool>("escludiRifiutati");
-    QTest::addColumn<QString>("rispostaRcpt");
-    QTest::addColumn<QString>("rispostaData");
-    QTest::addColumn<QString>("errore");
-    QTest::addColumn<QString>("esclusione"); // the reason stored; "" for none
-    const QString rcpt550 = "Risposta inattesa a RCPT TO: 550 5.1.1 Utente sconosciuto";
-    QTest::newRow("550 at RCPT") << true << "550 5.1.1 Utente sconosciuto"
-                                 << "" << rcpt550 << "rifiutato dal server: 550 5.1.1 Utente sconosciuto";
-    QTest::newRow("550 at RCPT, escludiRifiutati off") << false << "550 5.1.1 Utente sconosciuto"
-                                                       << "" << rcpt550 << "";
-    QTest::newRow("452 at RCPT") << true << "452 4.2.2 Casella piena"
-                                 << ""
-                                 << "Risposta inattesa a RCPT TO: 452 4.2.2 Casella piena"
-                                 << "";
-    QTest::newRow("554 at DATA") << true << ""
-                                 << "554 5.6.0 Contenuto rifiutato"
-                                 << "Risposta inattesa a invio messaggio: 554 5.6.0 Contenuto rifiutato"
-                                 << "";
+    QTest::addColumn<bool>("aData"); // the refusal comes at DATA rather than at RCPT
+    QTest::addColumn<QString>("risposta");
+    QTest::addColumn<bool>("escluso");
+    QTest::newRow("550 at RCPT") << true << false << "550 5.1.1 Utente sconosciuto" << true;
+    QTest::newRow("550 at RCPT, escludiRifiutati off") << false << false << "550 5.1.1 Utente sconosciuto" << false;
+    QTest::newRow("452 at RCPT") << true << false << "452 4.2.2 Casella piena" << false;
+    QTest::newRow("554 at DATA") << true << true << "554 5.6.0 Contenuto rifiutato" << false;
 }
 
 void TestEngine::rifiuti() {
     QFETCH(bool, escludiRifiutati);
-    QFETCH(QString, rispostaRcpt);
-    QFETCH(QString, rispostaData);
-    QFETCH(QString, errore);
-    QFETCH(QString, esclusione);
-    QList<AiosmtpdServer::Rule> rcpt, data;
-    if (!rispostaRcpt.isEmpty())
-        rcpt << AiosmtpdServer::Rule{"^rifiutato@", rispostaRcpt};
-    if (!rispostaData.isEmpty())
-        data << AiosmtpdServer::Rule{"^rifiutato@", rispostaData};
-    auto server = avvia(ca(), rcpt, data);
+    QFETCH(bool, aData);
+    QFETCH(QString, risposta);
+    QFETCH(bool, escluso);
+    const QList<AiosmtpdServer::Rule> regola{{"^rifiutato@", risposta}};
+    auto server = avviaServer(ca(), aData ? QList<AiosmtpdServer::Rule>() : regola,
+                              aData ? regola : QList<AiosmtpdServer::Rule>());
     SMTPConfig config = configurazione(server->config());
     config.escludiRifiutati = escludiRifiutati;
-    Scena scena(config, {"anna@ditta.it", " Rifiutato@Ditta.it", "bruno@ditta.it"});
-    scena.usaSessioniDiProva(&ca());
+    Scena scena(config, {"anna@ditta.it", " Rifiutato@Ditta.it", "bruno@ditta.it"}, &ca());
     scena.corri();
 
+    const QString errore =
+        (aData ? "Risposta inattesa a invio messaggio: " : "Risposta inattesa a RCPT TO: ") + risposta;
     const SendEngine& engine = *scena.engine;
     QCOMPARE(engine.sent(), 2);
     QCOMPARE(engine.failed(), 1);
-    QCOMPARE(engine.processed(), 3);
     QCOMPARE(engine.lastError(), std::nullopt);
     QCOMPARE(scena.campagna().status(), CampaignStatus::completed);
     QCOMPARE(destinatari(*server), QStringList({"anna@ditta.it", "bruno@ditta.it"}));
@@ -244,24 +207,22 @@ void TestEngine::rifiuti() {
     const qsizetype croce = log.indexOf("✗ rifiutato@ditta.it — " + errore);
     QVERIFY2(croce > 0, qPrintable(log.join('\n')));
     const QList<Suppression> esclusi = scena.store.all<Suppression>();
-    if (esclusione.isEmpty()) {
-        QVERIFY(esclusi.isEmpty());
-        QCOMPARE(engine.esclusiAggiunti(), 0);
+    QCOMPARE(esclusi.size(), escluso ? 1 : 0);
+    QCOMPARE(engine.esclusiAggiunti(), escluso ? 1 : 0);
+    if (!escluso) {
         QCOMPARE(righeCon(engine, "→ "), QStringList());
         QCOMPARE(log.at(croce + 1), "✓ bruno@ditta.it");
         return;
     }
-    QCOMPARE(esclusi.size(), 1);
+    const QString motivo = "rifiutato dal server: " + risposta;
     QCOMPARE(esclusi.first().email, "rifiutato@ditta.it");
-    QCOMPARE(esclusi.first().reason, esclusione);
+    QCOMPARE(esclusi.first().reason, motivo);
     QCOMPARE(esclusi.first().motivo(), MotivoEsclusione::casellaInesistente);
-    QCOMPARE(engine.esclusiAggiunti(), 1);
-    QCOMPARE(log.at(croce + 1), "→ rifiutato@ditta.it aggiunto agli esclusi (" + esclusione + ")");
+    QCOMPARE(log.at(croce + 1), "→ rifiutato@ditta.it aggiunto agli esclusi (" + motivo + ")");
 
     // From the next run on the address is left out, with no second record.
     scena.corri();
     QCOMPARE(scena.engine->sent(), 0);
-    QCOMPARE(scena.engine->skipped(), 3);
     QCOMPARE(scena.engine->eventi().at(1).email, "rifiutato@ditta.it");
     QCOMPARE(scena.engine->eventi().at(1).dettaglio, "in lista esclusi");
     QCOMPARE(scena.store.all<Suppression>().size(), 1);
@@ -272,15 +233,13 @@ void TestEngine::quota_data() {
     QTest::addColumn<int>("giaInviate");   // by this profile, in the last 24 hours
     QTest::addColumn<int>("altroProfilo"); // by another profile: never counted
     QTest::addColumn<int>("inviate");
-    QTest::addColumn<QString>("riga");   // "" when nothing is cut
+    QTest::addColumn<bool>("taglio");
     QTest::addColumn<int>("poiInviate"); // by a run a day later
-    const QString taglio = "Tetto giornaliero %1 (già inviate oggi: %2): in questa tornata partono %3 messaggi, gli "
-                           "altri restano in attesa e si riprendono domani.";
-    QTest::newRow("room for 3 of 5") << 3 << 0 << 0 << 3 << taglio.arg(3).arg(0).arg(3) << 2;
-    QTest::newRow("two already sent today") << 4 << 2 << 3 << 2 << taglio.arg(4).arg(2).arg(2) << 3;
-    QTest::newRow("no room left") << 2 << 3 << 0 << 0 << taglio.arg(2).arg(3).arg(0) << 2;
-    QTest::newRow("exactly enough room") << 5 << 0 << 4 << 5 << "" << 0;
-    QTest::newRow("no limit") << 0 << 9 << 0 << 5 << "" << 0;
+    QTest::newRow("room for 3 of 5") << 3 << 0 << 0 << 3 << true << 2;
+    QTest::newRow("two already sent today") << 4 << 2 << 3 << 2 << true << 3;
+    QTest::newRow("no room left") << 2 << 3 << 0 << 0 << true << 2;
+    QTest::newRow("exactly enough room") << 5 << 0 << 4 << 5 << false << 0;
+    QTest::newRow("no limit") << 0 << 9 << 0 << 5 << false << 0;
 }
 
 // The quota cuts the run with its line and leaves no trace of those cut; a run a day later takes them up.
@@ -289,14 +248,13 @@ void TestEngine::quota() {
     QFETCH(int, giaInviate);
     QFETCH(int, altroProfilo);
     QFETCH(int, inviate);
-    QFETCH(QString, riga);
+    QFETCH(bool, taglio);
     QFETCH(int, poiInviate);
-    auto server = avvia(ca());
+    auto server = avviaServer(ca());
     SMTPConfig config = configurazione(server->config());
     config.dailyLimit = tetto;
     const QStringList cinque = indirizzi(5);
-    Scena scena(config, cinque);
-    scena.usaSessioniDiProva(&ca());
+    Scena scena(config, cinque, &ca());
     const QDateTime adesso = QDateTime::currentDateTimeUtc();
     for (int i = 0; i < giaInviate + altroProfilo; ++i) {
         SendLog log("altro@ditta.it", "Altro", SendStatus::sent, "", i < giaInviate ? "Prova TLS" : "Altro profilo");
@@ -312,8 +270,12 @@ void TestEngine::quota() {
     QCOMPARE(engine.total(), inviate);
     QCOMPARE(engine.rimandati(), 5 - inviate);
     QCOMPARE(engine.inviateOggi(), giaInviate);
-    QCOMPARE(engine.tettoGiornaliero(), tetto);
-    QCOMPARE(righeCon(engine, "Tetto giornaliero"), riga.isEmpty() ? QStringList() : QStringList{riga});
+    const QString riga = QStringLiteral("Tetto giornaliero %1 (già inviate oggi: %2): in questa tornata partono %3 "
+                                        "messaggi, gli altri restano in attesa e si riprendono domani.")
+                             .arg(tetto)
+                             .arg(giaInviate)
+                             .arg(inviate);
+    QCOMPARE(righeCon(engine, "Tetto giornaliero"), taglio ? QStringList{riga} : QStringList());
     QVERIFY(engine.activityLog().contains("Connesso e autenticato."));
     QCOMPARE(engine.activityLog().last(), QStringLiteral("Fine: %1 inviate, 0 errori, 0 saltate.").arg(inviate));
     QCOMPARE(scena.campagna().status(), CampaignStatus::completed);
@@ -334,14 +296,17 @@ void TestEngine::controlloDomini_data() {
     QTest::addColumn<int>("tetto");
     QTest::addColumn<QStringList>("consegnati");
     QTest::addColumn<QStringList>("scartati");
-    const QStringList tutti{"anna@posta-ditta.it", "bruno@sparito.it", "carla@solo-sito.it", "dario@sparito.it",
-                            "elena@negozio.example"};
-    QTest::newRow("domains checked") << true << 0 << QStringList{tutti.at(0), tutti.at(2), tutti.at(4)}
-                                     << QStringList{tutti.at(1), tutti.at(3)};
-    QTest::newRow("check off") << false << 0 << tutti << QStringList();
+    QTest::newRow("domains checked") << true << 0
+                                     << QStringList{"anna@posta-ditta.it", "carla@solo-sito.it",
+                                                    "elena@negozio.example"}
+                                     << QStringList{"bruno@sparito.it", "dario@sparito.it"};
+    QTest::newRow("check off") << false << 0
+                               << QStringList{"anna@posta-ditta.it", "bruno@sparito.it", "carla@solo-sito.it",
+                                              "dario@sparito.it", "elena@negozio.example"}
+                               << QStringList();
     // The check comes after the quota cut: a dropped address is not replaced by one of those cut.
-    QTest::newRow("after the quota cut") << true << 3 << QStringList{tutti.at(0), tutti.at(2)}
-                                         << QStringList{tutti.at(1)};
+    QTest::newRow("after the quota cut") << true << 3 << QStringList{"anna@posta-ditta.it", "carla@solo-sito.it"}
+                                         << QStringList{"bruno@sparito.it"};
 }
 
 // NSD answers for the test's domains: one with a mail server, one with an address only, and one that
@@ -355,13 +320,14 @@ void TestEngine::controlloDomini() {
     QVERIFY2(
         nsd.start({{"posta-ditta.it", "@ IN MX 10 mx\nmx IN A 192.0.2.25\n"}, {"solo-sito.it", "@ IN A 192.0.2.26\n"}}),
         qPrintable(nsd.error()));
-    auto server = avvia(ca());
+    auto server = avviaServer(ca());
     SMTPConfig config = configurazione(server->config());
     config.verificaDomini = verificaDomini;
     config.dailyLimit = tetto;
-    Scena scena(config, {"anna@posta-ditta.it", "bruno@sparito.it", "carla@solo-sito.it", "dario@sparito.it",
-                         "elena@negozio.example"});
-    scena.usaSessioniDiProva(&ca());
+    Scena scena(
+        config,
+        {"anna@posta-ditta.it", "bruno@sparito.it", "carla@solo-sito.it", "dario@sparito.it", "elena@negozio.example"},
+        &ca());
     scena.corri();
 
     const SendEngine& engine = *scena.engine;
@@ -371,30 +337,26 @@ void TestEngine::controlloDomini() {
     QStringList saltati;
     for (const SendLog& log : scena.logsCon(SendStatus::skipped)) {
         QCOMPARE(log.detail, "dominio senza server di posta");
-        QCOMPARE(log.subject, "Offerta per {{nome}}");
         QCOMPARE(scena.riga(log.email).saltateCount, 1);
         saltati << log.email;
     }
     QCOMPARE(saltati, scartati);
-    QCOMPARE(engine.scartiPerMotivo().size(), scartati.isEmpty() ? 0 : 1);
     QCOMPARE(righeCon(engine, "Controllo dei domini"),
              verificaDomini ? QStringList{"Controllo dei domini dei destinatari…"} : QStringList());
     QCOMPARE(righeCon(engine, "Scartati "),
              scartati.isEmpty()
                  ? QStringList()
                  : QStringList{QStringLiteral("Scartati %1 indirizzi con dominio inesistente.").arg(scartati.size())});
-    // Nothing goes to the suppression list here.
-    QVERIFY(scena.store.all<Suppression>().isEmpty());
+    QVERIFY(scena.store.all<Suppression>().isEmpty()); // nothing goes to the suppression list here
 }
 
 // A pause holds the connection and sends nothing; a stop ends the run as paused, and a later run resumes.
 void TestEngine::pausaEStop() {
-    auto server = avvia(ca());
+    auto server = avviaServer(ca());
     SMTPConfig config = configurazione(server->config());
     config.delayBetweenMessages = 0.2;
     const QStringList sei = indirizzi(6);
-    Scena scena(config, sei);
-    scena.usaSessioniDiProva(&ca());
+    Scena scena(config, sei, &ca());
     SendEngine& engine = *scena.engine;
     QCoro::Task<> corsa = engine.run(scena.campagna(), scena.settings, scena.store);
 
@@ -431,27 +393,24 @@ void TestEngine::pausaEStop() {
     QCOMPARE(destinatari(*server), sei);
 }
 
-void TestEngine::modelloMancante_data() {
-    QTest::addColumn<bool>("senzaModello");
-    QTest::newRow("template deleted") << true;
-    QTest::newRow("list deleted") << false;
-}
-
-void TestEngine::modelloMancante() {
-    QFETCH(bool, senzaModello);
-    Scena scena(configurazione(SMTPConfig()), indirizzi(2));
-    if (senzaModello)
-        scena.store.remove<MessageTemplate>(scena.modello.id);
-    else
-        scena.store.remove<ContactList>(scena.lista.id);
-    scena.store.save();
-    scena.corri();
-    const SendEngine& engine = *scena.engine;
-    QCOMPARE(engine.lastError(), "La campagna non ha più un modello o una lista validi: forse sono stati eliminati.");
-    QVERIFY(!engine.isRunning());
-    QVERIFY(engine.activityLog().isEmpty());
-    QVERIFY(!engine.inizio().has_value());
-    QCOMPARE(scena.campagna().status(), CampaignStatus::draft);
-    QVERIFY(scena.campagna().snapshotHTML.isEmpty());
-    QVERIFY(scena.logs().isEmpty());
+// Whether the template or the list is gone, the run stops before it starts, touching nothing.
+void TestEngine::campagnaSenzaModelloOLista() {
+    for (const bool senzaModello : {true, false}) {
+        Scena scena(configurazione(SMTPConfig()), indirizzi(2), nullptr);
+        if (senzaModello)
+            scena.store.remove<MessageTemplate>(scena.modello.id);
+        else
+            scena.store.remove<ContactList>(scena.lista.id);
+        scena.store.save();
+        scena.corri();
+        const SendEngine& engine = *scena.engine;
+        QCOMPARE(engine.lastError(),
+                 "La campagna non ha più un modello o una lista validi: forse sono stati eliminati.");
+        QVERIFY(!engine.isRunning());
+        QVERIFY(engine.activityLog().isEmpty());
+        QVERIFY(!engine.inizio().has_value());
+        QCOMPARE(scena.campagna().status(), CampaignStatus::draft);
+        QVERIFY(scena.campagna().snapshotHTML.isEmpty());
+        QVERIFY(scena.logs().isEmpty());
+    }
 }

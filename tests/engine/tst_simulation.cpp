@@ -2,19 +2,13 @@
 #include "TestEnvironment.h"
 
 #include <QEventLoop>
-#include <QRegularExpression>
 #include <QTimer>
 
 #include <memory>
 
 namespace {
 
-const QStringList erroriPossibili = {
-    "Risposta inattesa a RCPT TO: 550 mailbox unavailable",
-    "Risposta inattesa a RCPT TO: 452 mailbox full",
-    "Risposta inattesa a RCPT TO: 553 relaying denied",
-};
-const QStringList scartiPossibili = {"in lista esclusi", "duplicato nella lista", "indirizzo non valido"};
+const QString avvio = QStringLiteral("Simulazione avviata: nessun messaggio verrà spedito davvero.");
 
 QString riepilogo(const SendEngine& motore) {
     return QStringLiteral("Simulazione conclusa: %1 inviate, %2 errori, %3 saltate.")
@@ -24,7 +18,7 @@ QString riepilogo(const SendEngine& motore) {
 }
 
 // Runs the event loop until the condition holds, checking at each change of the engine (QTest::qWaitFor
-// would sleep between its checks and slow a pace-0 run down a hundredfold).
+// sleeps between its checks and would slow a pace-0 run down a hundredfold).
 bool attendi(const SendEngine& motore, const std::function<bool()>& condizione) {
     if (condizione())
         return true;
@@ -38,10 +32,6 @@ bool attendi(const SendEngine& motore, const std::function<bool()>& condizione) 
     return condizione();
 }
 
-bool attendiProcessati(const SendEngine& motore, qint64 quanti) {
-    return attendi(motore, [&] { return motore.processed() >= quanti; });
-}
-
 bool attendiFine(const SendEngine& motore) {
     return attendi(motore, [&] { return !motore.isRunning(); });
 }
@@ -53,12 +43,10 @@ class TestSimulation : public QObject {
 private Q_SLOTS:
     void runReachesItsSummary_data();
     void runReachesItsSummary();
-    void addressesCarryNumbersAndDomainsRepeat();
-    void stopDuringAPauseEndsAtOnce();
-    void stopWhileSendingLeavesTheRestUndone();
+    void stop_data();
+    void stop();
     void secondCallWhileRunningIsIgnored();
     void aFinishedEngineStartsAgain();
-    void paceZeroLetsTheEventLoopTurn();
     void theTaskKeepsItsEngineAlive();
 };
 
@@ -66,7 +54,6 @@ void TestSimulation::runReachesItsSummary_data() {
     QTest::addColumn<int>("destinatari");
     QTest::addColumn<double>("ritmo");
     QTest::newRow("none") << 0 << 0.01;
-    QTest::newRow("one") << 1 << 0.01;
     QTest::newRow("sixty at a short pace") << 60 << 0.005;
     QTest::newRow("three hundred at pace 0") << 300 << 0.0;
 }
@@ -77,8 +64,11 @@ void TestSimulation::runReachesItsSummary() {
     SendEngine motore;
     motore.setQuota(12, 400); // a simulation leaves the quota of the last run as it was
     motore.simula(destinatari, ritmo);
-    QVERIFY(motore.isRunning() || destinatari == 0);
+    // Even at pace 0 the event loop turns while the run goes on.
+    bool visto = false;
+    QTimer::singleShot(0, this, [&] { visto = motore.isRunning(); });
     QVERIFY(attendiFine(motore));
+    QCOMPARE(visto, destinatari > 0);
 
     QCOMPARE(motore.total(), destinatari);
     QCOMPARE(motore.processed(), destinatari);
@@ -87,114 +77,67 @@ void TestSimulation::runReachesItsSummary() {
     QVERIFY(!motore.interrotta());
     QVERIFY(motore.fine().has_value());
     QVERIFY(motore.currentRecipient().isEmpty());
-    QCOMPARE(motore.nomeCampagna(), QStringLiteral("Simulazione di prova"));
-    QCOMPARE(motore.server(), QStringLiteral("nessun server (simulazione)"));
-    QCOMPARE(motore.servizio(), QStringLiteral("Simulazione"));
-    QCOMPARE(motore.pausaImpostata(), ritmo);
     QCOMPARE(motore.inviateOggi(), 12);
     QCOMPARE(motore.tettoGiornaliero(), 400);
-    QVERIFY(motore.mittente().endsWith(".example") || motore.mittente().endsWith("example.org"));
 
-    const QStringList& log = motore.activityLog();
-    QCOMPARE(log.first(), QStringLiteral("Simulazione avviata: nessun messaggio verrà spedito davvero."));
-    QCOMPARE(log.last(), riepilogo(motore));
-    // One line per delivery and per failure, none for a skip.
-    QCOMPARE(log.size(), 2 + motore.sent() + motore.failed());
-
-    qint64 inviati = 0, falliti = 0, saltati = 0;
-    for (int i = 0; i < motore.eventi().size(); ++i) {
-        const auto& evento = motore.eventi().at(i);
-        const QString riga = log.at(1 + int(inviati + falliti));
-        switch (evento.esito) {
-        case SendStatus::sent:
-            ++inviati;
-            QVERIFY(evento.dettaglio.isEmpty());
-            QCOMPARE(riga, QStringLiteral("✓ ") + evento.email);
-            break;
-        case SendStatus::failed:
-            ++falliti;
-            QVERIFY2(erroriPossibili.contains(evento.dettaglio), qPrintable(evento.dettaglio));
-            QCOMPARE(riga, QStringLiteral("✗ ") + evento.email + QStringLiteral(" — ") + evento.dettaglio);
-            break;
-        case SendStatus::skipped:
-            ++saltati;
-            QVERIFY2(scartiPossibili.contains(evento.dettaglio), qPrintable(evento.dettaglio));
-            break;
-        case SendStatus::test:
-            QFAIL("a simulation records no test message");
-        }
+    // One line per delivery and per failure, none for a skip, between the first line and the summary.
+    QStringList attese{avvio};
+    for (const auto& evento : motore.eventi()) {
+        QCOMPARE(evento.dettaglio.isEmpty(), evento.esito == SendStatus::sent);
+        if (evento.esito == SendStatus::sent)
+            attese << QStringLiteral("✓ ") + evento.email;
+        else if (evento.esito == SendStatus::failed)
+            attese << QStringLiteral("✗ ") + evento.email + QStringLiteral(" — ") + evento.dettaglio;
+        else
+            QCOMPARE(evento.esito, SendStatus::skipped);
     }
-    QCOMPARE(inviati, motore.sent());
-    QCOMPARE(falliti, motore.failed());
-    QCOMPARE(saltati, motore.skipped());
+    QCOMPARE(motore.activityLog(), attese << riepilogo(motore));
 }
 
-void TestSimulation::addressesCarryNumbersAndDomainsRepeat() {
-    SendEngine motore;
-    motore.simula(60, 0.0);
-    QVERIFY(attendiFine(motore));
-    QCOMPARE(motore.eventi().size(), 60);
-    const QRegularExpression forma(QStringLiteral("^contatto(\\d+)@(.+)$"));
-    QStringList domini;
-    for (int i = 0; i < 60; ++i) {
-        const auto corrisponde = forma.match(motore.eventi().at(i).email);
-        QVERIFY(corrisponde.hasMatch());
-        QCOMPARE(corrisponde.captured(1).toInt(), i + 1);
-        domini << corrisponde.captured(2);
-    }
-    QCOMPARE(domini.mid(1, 3), (QStringList{"impianti.example", "studio.example", "officine.example"}));
-    QVERIFY(domini.at(0) != domini.at(1));
-    for (int i = 4; i < 60; ++i)
-        QCOMPARE(domini.at(i), domini.at(i - 4));
+void TestSimulation::stop_data() {
+    QTest::addColumn<bool>("inPausa");
+    QTest::newRow("during a pause") << true;
+    QTest::newRow("while sending") << false;
 }
 
-void TestSimulation::stopDuringAPauseEndsAtOnce() {
+// A stop ends the run at once, with no recipient taken after it.
+void TestSimulation::stop() {
+    QFETCH(bool, inPausa);
     SendEngine motore;
     motore.simula(60, 0.01);
-    QVERIFY(attendiProcessati(motore, 5));
-    motore.setPaused(true);
-    // The recipient in hand finishes its pace; then nothing moves while paused.
-    QTest::qWait(100);
+    QVERIFY(attendi(motore, [&] { return motore.processed() >= 5; }));
+    if (inPausa) {
+        motore.setPaused(true);
+        // The recipient in hand finishes its pace; then nothing moves while paused.
+        QTest::qWait(100);
+        const qint64 inPausaDa = motore.processed();
+        QTest::qWait(400);
+        QCOMPARE(motore.processed(), inPausaDa);
+        QVERIFY(motore.isRunning());
+    }
     const qint64 fermo = motore.processed();
-    QTest::qWait(400);
-    QCOMPARE(motore.processed(), fermo);
-    QVERIFY(motore.isRunning());
-
     motore.cancel();
     QVERIFY(!motore.isPaused());
     QTRY_VERIFY_WITH_TIMEOUT(!motore.isRunning(), 2000);
     QVERIFY(motore.interrotta());
-    QCOMPARE(motore.processed(), fermo); // no recipient was taken after the stop
+    // Only a recipient already in hand may still be counted.
+    QVERIFY(motore.processed() - fermo <= (inPausa ? 0 : 1));
     QVERIFY(motore.processed() < motore.total());
-    QCOMPARE(motore.activityLog().last(), riepilogo(motore));
-}
-
-void TestSimulation::stopWhileSendingLeavesTheRestUndone() {
-    SendEngine motore;
-    motore.simula(60, 0.01);
-    QVERIFY(attendiProcessati(motore, 3));
-    motore.cancel();
-    QTRY_VERIFY_WITH_TIMEOUT(!motore.isRunning(), 2000);
-    QVERIFY(motore.interrotta());
-    QVERIFY(motore.processed() < 60);
-    QCOMPARE(motore.sent() + motore.failed() + motore.skipped(), motore.processed());
     QCOMPARE(motore.eventi().size(), motore.processed());
+    QCOMPARE(motore.activityLog().last(), riepilogo(motore));
 }
 
 void TestSimulation::secondCallWhileRunningIsIgnored() {
     SendEngine motore;
     motore.simula(40, 0.01);
-    QVERIFY(attendiProcessati(motore, 3));
-    const qint64 prima = motore.processed();
+    QVERIFY(attendi(motore, [&] { return motore.processed() >= 3; }));
     const QDateTime inizio = *motore.inizio();
     motore.simula(5, 0.0);
     QCOMPARE(motore.total(), 40);
-    QVERIFY(motore.processed() >= prima);
     QCOMPARE(*motore.inizio(), inizio);
     QVERIFY(attendiFine(motore));
     QCOMPARE(motore.processed(), 40);
-    QCOMPARE(motore.activityLog().count(QStringLiteral("Simulazione avviata: nessun messaggio verrà spedito davvero.")),
-             1);
+    QCOMPARE(motore.activityLog().count(avvio), 1);
 }
 
 void TestSimulation::aFinishedEngineStartsAgain() {
@@ -204,20 +147,10 @@ void TestSimulation::aFinishedEngineStartsAgain() {
     motore.cancel(); // a stop asked after the end must not leak into the next run
     motore.simula(7, 0.0);
     QVERIFY(motore.isRunning());
-    QCOMPARE(motore.processed(), 0);
     QVERIFY(motore.eventi().isEmpty());
     QVERIFY(attendiFine(motore));
     QCOMPARE(motore.processed(), 7);
     QVERIFY(!motore.interrotta());
-}
-
-void TestSimulation::paceZeroLetsTheEventLoopTurn() {
-    SendEngine motore;
-    motore.simula(300, 0.0);
-    bool visto = false;
-    QTimer::singleShot(0, this, [&] { visto = motore.isRunning(); });
-    QVERIFY(attendiFine(motore));
-    QVERIFY(visto);
 }
 
 void TestSimulation::theTaskKeepsItsEngineAlive() {
