@@ -20,12 +20,13 @@ private Q_SLOTS:
     void uccisoACaso();
 
 private:
-    // A store file with a campaign of `quanti` recipients whose addresses carry the trial's tag.
-    QString preparaStore(const QString& cartella, const QString& etichetta, int quanti, RecordId* campagna);
+    // A store file with a campaign whose addresses carry the trial's tag.
+    QString preparaStore(const QString& etichetta, RecordId* campagna);
     QProcess* avviaRunner(const QString& store, RecordId campagna);
     static bool attendiConnessione(QProcess& runner);
     QStringList ricevutiCon(const QString& etichetta) const;
 
+    QTemporaryDir m_base;
     TestCA m_ca;
     std::unique_ptr<AiosmtpdServer> m_server;
 };
@@ -33,6 +34,10 @@ private:
 namespace {
 constexpr int destinatari = 150;
 constexpr int prove = 24;
+
+QString indirizzo(const QString& etichetta, int i) {
+    return QStringLiteral("%1-%2@ditta.it").arg(etichetta).arg(i, 3, 10, QLatin1Char('0'));
+}
 } // namespace
 
 void TestDurability::initTestCase() {
@@ -41,19 +46,18 @@ void TestDurability::initTestCase() {
     QVERIFY2(m_server->start(), qPrintable(m_server->errorString()));
 }
 
-QString TestDurability::preparaStore(const QString& cartella, const QString& etichetta, int quanti,
-                                     RecordId* campagna) {
-    const QString percorso = cartella + QStringLiteral("/brezzario.sqlite");
+QString TestDurability::preparaStore(const QString& etichetta, RecordId* campagna) {
+    if (!QDir().mkpath(m_base.filePath(etichetta)))
+        return {};
+    const QString percorso = m_base.filePath(etichetta + QStringLiteral("/brezzario.sqlite"));
     const std::unique_ptr<Store> store = Store::open(percorso);
     if (!store)
         return {};
     ContactList lista(QStringLiteral("Clienti"), QStringLiteral("c.csv"), {"email"}, QStringLiteral("email"));
     store->insert(lista);
     QList<ContactRow> righe;
-    for (int i = 0; i < quanti; ++i) {
-        const QString email = QStringLiteral("%1-%2@ditta.it").arg(etichetta).arg(i, 2, 10, QLatin1Char('0'));
-        righe.append(ContactRow({{"email", email}}, email));
-    }
+    for (int i = 0; i < destinatari; ++i)
+        righe.append(ContactRow({{"email", indirizzo(etichetta, i)}}, indirizzo(etichetta, i)));
     store->insertRows(lista.id, righe);
     MessageTemplate modello(QStringLiteral("M"), QStringLiteral("Novità"), QStringLiteral("<p>Ciao</p>"));
     store->insert(modello);
@@ -94,13 +98,10 @@ QStringList TestDurability::ricevutiCon(const QString& etichetta) const {
 
 void TestDurability::uccisoACaso() {
     // A whole run first, to learn how long one takes on this machine.
-    QTemporaryDir base;
     RecordId campagna = 0;
-    QVERIFY(QDir().mkpath(base.filePath("misura")));
-    QString store = preparaStore(base.filePath("misura"), "misura", destinatari, &campagna);
+    QString store = preparaStore("misura", &campagna);
     QVERIFY(!store.isEmpty());
     QElapsedTimer cronometro;
-    cronometro.start();
     QProcess* misura = avviaRunner(store, campagna);
     QVERIFY(attendiConnessione(*misura));
     cronometro.start();
@@ -118,8 +119,7 @@ void TestDurability::uccisoACaso() {
     int aMeta = 0, nonConfermati = 0;
     for (int prova = 0; prova < prove; ++prova) {
         const QString etichetta = QStringLiteral("p%1").arg(prova, 2, 10, QLatin1Char('0'));
-        QVERIFY(QDir().mkpath(base.filePath(etichetta)));
-        store = preparaStore(base.filePath(etichetta), etichetta, destinatari, &campagna);
+        store = preparaStore(etichetta, &campagna);
         QVERIFY(!store.isEmpty());
 
         // Anywhere from the connection to a little past the usual end of the run.
@@ -166,11 +166,9 @@ void TestDurability::uccisoACaso() {
         QVERIFY(ripresa->waitForFinished(60'000));
         QCOMPARE(ripresa->exitCode(), 0);
         QStringList attesi;
-        for (int i = 0; i < destinatari; ++i) {
-            const QString email = QStringLiteral("%1-%2@ditta.it").arg(etichetta).arg(i, 2, 10, QLatin1Char('0'));
-            if (!registrati.contains(email))
-                attesi << email;
-        }
+        for (int i = 0; i < destinatari; ++i)
+            if (!registrati.contains(indirizzo(etichetta, i)))
+                attesi << indirizzo(etichetta, i);
         QCOMPARE(ricevutiCon(etichetta).mid(salvati.size()), attesi);
         delete runner;
         delete ripresa;
