@@ -184,7 +184,7 @@ void TestEngineState::resetClearsThePreviousRun() {
     QCOMPARE(*motore.inizio(), orologio.ora);
     QVERIFY(!motore.fine().has_value());
     QVERIFY(motore.generazione() != generazione);
-    // The quota and the description are the next run's to set.
+    // The quota and the campaign's name are the next run's to set.
     QCOMPARE(motore.inviateOggi(), 40);
     QCOMPARE(motore.nomeCampagna(), QStringLiteral("Primavera"));
 }
