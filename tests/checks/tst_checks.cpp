@@ -64,7 +64,7 @@ void TestChecks::initTestCase() {
 void TestChecks::init() {
     MXCheck::svuotaCachePerTest();
     Dig::setExecutableForTests({});
-    useNsd();
+    Dig::setResolverForTests(QString::fromLatin1(Loopback::checksDns));
     m_https->clearRoutes();
     m_https->clearRequests();
     BrevoAPI::setCertificatiAggiuntiviPerTest(m_ca->certificates());
@@ -76,10 +76,6 @@ void TestChecks::cleanupTestCase() {
     Dig::setExecutableForTests({});
 }
 
-void TestChecks::useNsd() {
-    Dig::setResolverForTests(QString::fromLatin1(Loopback::checksDns));
-}
-
 QString TestChecks::standInDig(const QString& name, const QString& body) {
     const QString path = m_dir.filePath(name);
     QFile script(path);
@@ -88,6 +84,7 @@ QString TestChecks::standInDig(const QString& name, const QString& body) {
     script.write("#!/bin/sh\n" + body.toUtf8() + "\n");
     script.close();
     script.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    Dig::setExecutableForTests(path);
     return path;
 }
 

@@ -45,7 +45,6 @@ struct ScriptRow {
     QString envelopeFrom = Fixture::sender;
     QString recipient = Fixture::recipient;
     QByteArray data = QByteArrayLiteral("Subject: prova\r\n\r\nCiao\r\n");
-    bool tls = false;
     int connections = 1; // how many connections the server must have seen
 };
 Q_DECLARE_METATYPE(ScriptRow)
@@ -62,8 +61,8 @@ private Q_SLOTS:
     void dotStuffing();
     void ehloDomain_data();
     void ehloDomain();
-    void errorTexts_data();
-    void errorTexts();
+    void rifiutoDefinitivo_data();
+    void rifiutoDefinitivo();
 
     // Scripted servers for the faults a real server won't produce.
     void scripted_data();
@@ -78,7 +77,6 @@ private Q_SLOTS:
     void wrongPassword();
     void refusedCertificate_data();
     void refusedCertificate();
-    void refusedRecipient();
 
 private:
     TestCA& ca();

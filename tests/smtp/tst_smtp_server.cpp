@@ -132,30 +132,3 @@ void TestSMTP::refusedCertificate() {
     QVERIFY(server.authAttempts().isEmpty());
     QVERIFY(server.messages().isEmpty());
 }
-
-// A real server's refusal of one recipient: RSET, a definitive refusal, and the session goes on.
-void TestSMTP::refusedRecipient() {
-    AiosmtpdServer::Options options = AiosmtpdServer::withTls(ca(), Loopback::smtp);
-    options.rejectAtRcpt = {{QStringLiteral("^inesistente@"), QStringLiteral("550 5.1.1 Utente sconosciuto")},
-                            {QStringLiteral("^piena@"), QStringLiteral("452 4.2.2 Casella piena")}};
-    AiosmtpdServer server(options);
-    QVERIFY2(server.start(), qPrintable(server.errorString()));
-
-    SMTPSession session(server.config(), Fixture::password, AiosmtpdServer::sessionOptions(&ca()));
-    QCOMPARE(runToEnd(session.connect()).description(), QString());
-    const QByteArray message("Subject: prova\r\n\r\nCiao\r\n");
-    const Outcome unknown = runToEnd(session.sendMessage(Fixture::sender, "inesistente@prova.example", message));
-    QCOMPARE(unknown.description(), "Risposta inattesa a RCPT TO: 550 5.1.1 Utente sconosciuto");
-    QCOMPARE(unknown.error->rifiutoDefinitivoDestinatario().value_or(QString()),
-             "rifiutato dal server: 550 5.1.1 Utente sconosciuto");
-    const Outcome full = runToEnd(session.sendMessage(Fixture::sender, "piena@prova.example", message));
-    QCOMPARE(full.description(), "Risposta inattesa a RCPT TO: 452 4.2.2 Casella piena");
-    QVERIFY(!full.error->rifiutoDefinitivoDestinatario());
-    QCOMPARE(runToEnd(session.sendMessage(Fixture::sender, Fixture::recipient, message)).description(), QString());
-    QCOMPARE(runToEnd(session.disconnect()).description(), QString());
-
-    const QList<AiosmtpdServer::Message> received = server.messages();
-    QCOMPARE(received.size(), 1);
-    QCOMPARE(received.first().rcptTos, QStringList{Fixture::recipient});
-    QCOMPARE(received.first().data, message + "\r\n");
-}
