@@ -82,8 +82,6 @@ class TestMIMEBuilder : public QObject {
 private Q_SLOTS:
     void readBack_data();
     void readBack();
-    void subjectEncoding_data();
-    void subjectEncoding();
     void freshIdentifiersForEveryMessage();
 };
 
@@ -95,7 +93,8 @@ void TestMIMEBuilder::readBack_data() {
 
     Message plain = baseMessage();
     plain.html.clear();
-    QTest::newRow("plain text only") << plain << QStringList{} << alternative;
+    plain.plainText = QStringLiteral("uno\r\ndue\rtre\n\n\tquattro \t\nfine\t ") + QString(100, u'=');
+    QTest::newRow("plain text only, line ends of every kind") << plain << QStringList{} << alternative;
 
     MessageTemplate t(QStringLiteral("Offerta"), QStringLiteral("Per {{nome}}"),
                       QStringLiteral("<p>Ciao {{nome}},</p><ul><li>Sconto & regalo</li></ul>"));
@@ -104,23 +103,26 @@ void TestMIMEBuilder::readBack_data() {
     config.mittentePostale = QStringLiteral("Ditta Rossi Srl\nVia Garibaldi, 12\n20100 Milano");
     const MessageComposer::Rendered rendered = MessageComposer::compose(t, {{"nome", "Mario"}}, config);
     Message page = baseMessage();
+    page.from.name = QStringLiteral("Rossi, Bianchi & Associati \"Studio\" s.r.l.");
     page.subject = rendered.subject;
     page.html = rendered.html;
     page.plainText = rendered.plainText;
     page.replyTo = QStringLiteral("risposte@ditta-rossi.it");
     page.extraHeaders = {{"List-Unsubscribe", "<mailto:risposte@ditta-rossi.it?subject=Cancellami>"}};
-    QTest::newRow("a rendered page with its footer") << page << QStringList{} << alternative;
+    QTest::newRow("a rendered page, specials in the sender's name") << page << QStringList{} << alternative;
 
+    // A data URI that doesn't decode stays in the page; line breaks inside the base64 don't stop one.
     Message pictures = baseMessage();
-    pictures.html = QStringLiteral("<p>Logo</p><img src=\"@1@\" alt=\"logo\"><p>Foto</p><img src=\"@2@\">"
-                                   "<table style=\"background:url(@3@)\"><tr><td>x</td></tr></table>");
-    const QStringList three{dataURI("image/png", picture("PNG", 120, 40)),
-                            dataURI("image/jpeg", picture("JPEG", 300, 200)),
-                            dataURI("image/webp", picture("WEBP", 64, 64))};
+    pictures.html = QStringLiteral("<img src=\"data:image/png;base64,QUI\"><img src=\"@1@\" alt=\"logo\"><p>Foto</p>"
+                                   "<img src=\"@2@\"><table style=\"background:url(@3@)\"><tr><td>x</td></tr></table>");
+    QStringList three{dataURI("image/png", picture("PNG", 120, 40)), dataURI("image/jpeg", picture("JPEG", 300, 200)),
+                      dataURI("image/webp", picture("WEBP", 64, 64))};
+    three[2].insert(40, QStringLiteral("\r\n  ")).insert(90, u'\n');
     QTest::newRow("three data-URI pictures")
         << pictures << three << "multipart/related(" + alternative + ",image/png,image/jpeg,image/webp)";
 
     Message attachments = baseMessage();
+    attachments.html = QStringLiteral("<p>uno</p>\r\n<p>due</p>\r<p>=3D</p>\n");
     attachments.attachments = {
         {QString::fromUtf16(u"Listino prezzi è 2026.pdf"), "application/pdf", randomBytes(150000, 1)},
         {QString::fromUtf16(u"Città – elenco clienti.xlsx"), MIMEBuilder::mimeType("xlsx"), randomBytes(57, 2)},
@@ -143,7 +145,10 @@ void TestMIMEBuilder::readBack_data() {
     empty.plainText.clear();
     empty.html.clear();
     empty.subject.clear();
-    QTest::newRow("empty body and subject") << empty << QStringList{} << alternative;
+    empty.from.name = QStringLiteral(" \t");
+    empty.to = QString::fromUtf16(u"niccolò@esempio.it");
+    empty.replyTo = QString();
+    QTest::newRow("empty body, subject and sender name") << empty << QStringList{} << alternative;
 
     Message injected = baseMessage();
     injected.subject = QStringLiteral("Offerta\r\nBcc: vittima@example.com");
@@ -153,39 +158,12 @@ void TestMIMEBuilder::readBack_data() {
     injected.extraHeaders = {{"List-Unsubscribe", "<mailto:r@example.it?subject=Cancellami>\nBcc: v4@example.com"}};
     QTest::newRow("line feeds injected into every header") << injected << QStringList{} << alternative;
 
-    Message accentedInjection = injected;
-    accentedInjection.subject = QString::fromUtf16(u"Novità\nBcc: vittima@example.com");
-    QTest::newRow("line feed in an encoded subject") << accentedInjection << QStringList{} << alternative;
-
     Message longOnes = baseMessage();
     longOnes.subject = italian(500);
     longOnes.from.name = italian(500);
     longOnes.plainText = italian(5000) + QStringLiteral(" \n") + QString(3000, u'=');
     longOnes.html = QStringLiteral("<p>") + italian(8000) + QStringLiteral("</p>");
     QTest::newRow("500-character subject and name, long lines") << longOnes << QStringList{} << alternative;
-
-    Message specials = baseMessage();
-    specials.from.name = QStringLiteral("Rossi, Bianchi & Associati \"Studio\" s.r.l.");
-    QTest::newRow("specials in the sender's name") << specials << QStringList{} << alternative;
-
-    Message noName = baseMessage();
-    noName.from.name = QStringLiteral(" \t");
-    noName.to = QString::fromUtf16(u"niccolò@esempio.it");
-    noName.replyTo = QString();
-    QTest::newRow("no sender name, non-ASCII recipient, empty reply-to") << noName << QStringList{} << alternative;
-
-    Message lineEnds = baseMessage();
-    lineEnds.plainText = QStringLiteral("uno\r\ndue\rtre\n\n\tquattro \t\nfine\t");
-    lineEnds.html = QStringLiteral("<p>uno</p>\r\n<p>due</p>\r<p>=3D</p>\n");
-    QTest::newRow("line ends of every kind, blanks at line ends") << lineEnds << QStringList{} << alternative;
-
-    Message odd = baseMessage();
-    odd.html = QStringLiteral("<img src=\"data:image/png;base64,QUI\"><img src=\"@1@\">");
-    QString broken = dataURI("image/gif", picture("PNG", 10, 10));
-    broken.insert(40, QStringLiteral("\r\n  "));
-    broken.insert(20 + broken.size() / 2, u'\n');
-    QTest::newRow("bad data URI stays, one with line breaks is taken")
-        << odd << QStringList{broken} << "multipart/related(" + alternative + ",image/gif)";
 }
 
 void TestMIMEBuilder::readBack() {
@@ -199,6 +177,8 @@ void TestMIMEBuilder::readBack() {
     const QByteArray bytes = MIMEBuilder::build(message);
     const QJsonObject read = TestSupport::readWithPython(bytes);
     QVERIFY(!read.isEmpty());
+    // Never folded: the subject is one line, a single encoded word when not ASCII.
+    QVERIFY(bytes.contains("\r\nSubject: " + MIMEBuilder::encodeHeaderValue(message.subject).toLatin1() + "\r\n"));
 
     QCOMPARE(read["tree"].toString(), tree);
     QCOMPARE(read["defects"].toArray(), QJsonArray());
@@ -259,28 +239,6 @@ void TestMIMEBuilder::readBack() {
         QCOMPARE(QByteArray::fromBase64(leaf["data"].toString().toLatin1()), attachment.data);
         QCOMPARE(leaf["defects"].toArray(), QJsonArray());
     }
-}
-
-void TestMIMEBuilder::subjectEncoding_data() {
-    QTest::addColumn<QString>("subject");
-    QTest::addColumn<QString>("rawSubject");
-    QTest::newRow("ASCII as it stands") << "Offerta: -20% (solo oggi)"
-                                        << "Offerta: -20% (solo oggi)";
-    const QString longSubject = QString(90, u'x') + QString::fromUtf16(u"à");
-    QTest::newRow("one encoded word past 75 characters")
-        << longSubject << "=?UTF-8?B?" + QString::fromLatin1(longSubject.toUtf8().toBase64()) + "?=";
-}
-
-void TestMIMEBuilder::subjectEncoding() {
-    QFETCH(QString, subject);
-    QFETCH(QString, rawSubject);
-    Message m = baseMessage();
-    m.subject = subject;
-    const QByteArray bytes = MIMEBuilder::build(m);
-    QVERIFY2(bytes.contains("\r\nSubject: " + rawSubject.toLatin1() + "\r\nMessage-ID: <"),
-             bytes.left(600).constData());
-    const QJsonObject read = TestSupport::readWithPython(bytes);
-    QCOMPARE(read["subject"].toString(), subject);
 }
 
 void TestMIMEBuilder::freshIdentifiersForEveryMessage() {
