@@ -55,8 +55,6 @@ class TestEmailHTML : public QObject {
 private Q_SLOTS:
     void piePagina_data();
     void piePagina();
-    void testoSemplice_data();
-    void testoSemplice();
     void wrap_data();
     void wrap();
     void compose_data();
@@ -87,32 +85,13 @@ void TestEmailHTML::piePagina() {
     QCOMPARE(EmailHTML::piePagina(config), expected);
 }
 
-void TestEmailHTML::testoSemplice_data() {
-    QTest::addColumn<PiePagina>("pie");
-    QTest::addColumn<QString>("expected");
-    QTest::newRow("all three") << PiePagina{"Motivo & co.", "stop@x.it", "Ditta Srl\nVia Roma 1"}
-                               << QString::fromUtf16(u"Motivo & co.\nPer non ricevere più questi messaggi scrivi a "
-                                                     u"stop@x.it con oggetto \"Cancellami\".\nDitta Srl\nVia Roma 1");
-    QTest::newRow("only the address")
-        << PiePagina{"", "a@b.it", ""}
-        << QString::fromUtf16(u"Per non ricevere più questi messaggi scrivi a a@b.it con oggetto \"Cancellami\".");
-}
-
-void TestEmailHTML::testoSemplice() {
-    QFETCH(PiePagina, pie);
-    QFETCH(QString, expected);
-    QCOMPARE(pie.testoSemplice(), expected);
-}
-
 void TestEmailHTML::wrap_data() {
     QTest::addColumn<QString>("body");
     QTest::addColumn<QString>("preheader");
     QTest::addColumn<OptionalPie>("pie");
     QTest::addColumn<QString>("expected");
     const QString bodyEnd = QStringLiteral("\n</td>\n</tr>\n");
-    QTest::newRow("no footer") << "<p>Ciao</p>"
-                               << "" << OptionalPie() << pageHead + layoutOpen + "<p>Ciao</p>" + bodyEnd + pageClose;
-    QTest::newRow("preheader escaped and hidden")
+    QTest::newRow("preheader escaped and hidden, no footer")
         << "<p>x</p>"
         << "Sconti & <novità>" << OptionalPie()
         << pageHead +
@@ -160,8 +139,10 @@ void TestEmailHTML::compose_data() {
     QTest::newRow("footer after the derived text") << t << on << derived + footerText;
     MessageTemplate own = t;
     own.plainOverride = QStringLiteral("Caro {{nome}} di {{azienda}}");
-    QTest::newRow("own plain text, not escaped, footer too")
-        << own << on << "Caro Mario di Rossi & <Figli>" + footerText;
+    QTest::newRow("own plain text, not escaped, footer of the address alone")
+        << own << config("", "", "", "info@ditta.it", "")
+        << QString::fromUtf16(u"Caro Mario di Rossi & <Figli>\n\n-- \nPer non ricevere più questi messaggi scrivi a "
+                              u"info@ditta.it con oggetto \"Cancellami\".");
     own.plainOverride = QStringLiteral(" ");
     QTest::newRow("a blank own text is used as it stands") << own << off << " ";
 }

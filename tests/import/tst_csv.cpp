@@ -49,13 +49,9 @@ void TestCSV::decode_data() {
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("encoding");
 
-    QTest::newRow("nothing") << QByteArray() << u""_s << u"UTF-8"_s;
     QTest::newRow("UTF-8 mark is dropped") << "\xef\xbb\xbf"
                                               "Citt\xc3\xa0"_ba
                                            << u"Città"_s << u"UTF-8"_s;
-    QTest::newRow("second UTF-8 mark stays") << "\xef\xbb\xbf\xef\xbb\xbf"
-                                                "a"_ba
-                                             << u"\uFEFFa"_s << u"UTF-8"_s;
     QTest::newRow("UTF-8 mark then invalid UTF-8") << "\xef\xbb\xbfNicol\xf2"_ba << u"ï»¿Nicolò"_s << u"Windows-1252"_s;
     QTest::newRow("UTF-16 LE") << encoded(QStringConverter::Utf16LE, u"Łukasz;a\U0001F600"_s) << u"Łukasz;a\U0001F600"_s
                                << u"UTF-16"_s;
@@ -69,7 +65,6 @@ void TestCSV::decode_data() {
                                                     << u"ÿþ\0Øa\0"_s << u"Windows-1252"_s;
     QTest::newRow("UTF-16 unpaired low surrogate") << "\xfe\xff\xdc\x00"_ba << u"þÿÜ\0"_s << u"Windows-1252"_s;
     QTest::newRow("UTF-8 cut off at the end") << "ab\xc3"_ba << u"abÃ"_s << u"Windows-1252"_s;
-    QTest::newRow("UTF-8 encoded surrogate") << "\xed\xa0\x80"_ba << u"í\u00a0€"_s << u"Windows-1252"_s;
     QTest::newRow("Windows-1252 high range") << "\x80 \x93x\x94 \x9f"_ba << u"€ “x” Ÿ"_s << u"Windows-1252"_s;
     QTest::newRow("undefined in 1252 falls to ISO-8859-1")
         << "\x81\xe8\x9d"_ba << u"\u0081è\u009d"_s << u"ISO-8859-1"_s;
@@ -93,13 +88,8 @@ void TestCSV::delimiter_data() {
     QTest::newRow("no candidate at all") << u"nome\ncognome\n"_s << QChar(u',');
     QTest::newRow("one comma, one semicolon: the earlier wins") << u"a;b,c"_s << QChar(u',');
     QTest::newRow("tabs") << u"a\tb\tc\n1\t2\t3\n"_s << QChar(u'\t');
-    QTest::newRow("bars") << u"a|b|c\n1|2|3"_s << QChar(u'|');
     QTest::newRow("quoted commas and line feeds don't count")
         << u"Nome;Indirizzo\n\"Rossi, Mario, \"\"jr\"\"\";\"Via Roma, 1,\nscala B, int. 4\"\n"_s << QChar(u';');
-    QTest::newRow("unquoted commas in Italian data") << u"Nome;Indirizzo;Importo\n"
-                                                        "Rossi, Mario;Via Garibaldi, 12, int. 4;1.234,56\n"
-                                                        "Verdi, Luca;Corso Italia, 7, scala B, piano 2;1.000,00\n"_s
-                                                     << QChar(u';');
     QTest::newRow("consistency beats a larger total") << u"a,b,c,d,e;f\nx;y\nz;w\n"_s << QChar(u';');
     QTest::newRow("equal consistency, larger total wins") << u"a;b;c,d\n"_s << QChar(u';');
     QTest::newRow("lines without the candidate are set aside") << u"Titolo\n\na;b\nc;d\n"_s << QChar(u';');
@@ -129,7 +119,6 @@ void TestCSV::parseRows_data() {
         << u"a,b\nc,d,\n"_s << QChar(u',') << Rows{{"a", "b"}, {"c", "d", ""}};
     QTest::newRow("blank lines are rows of one empty field")
         << u"a\n\nb\n\n"_s << QChar(u',') << Rows{{"a"}, {""}, {"b"}, {""}};
-    QTest::newRow("fields untrimmed") << u" a , b \t"_s << QChar(u',') << Rows{{" a ", " b \t"}};
     QTest::newRow("doubled quotes") << u"\"a \"\"b\"\" c\",d"_s << QChar(u',') << Rows{{"a \"b\" c", "d"}};
     QTest::newRow("quote inside a field") << u"ab\"c,d\"e"_s << QChar(u',') << Rows{{"abc,de"}};
     QTest::newRow("quoted delimiter and LF") << u"\"x,\ny\",z\n"_s << QChar(u',') << Rows{{"x,\ny", "z"}};
@@ -138,8 +127,6 @@ void TestCSV::parseRows_data() {
     QTest::newRow("quote opened at the end") << u"a,\""_s << QChar(u',') << Rows{{"a", ""}};
     QTest::newRow("open quote runs to the end") << u"\"open,field\nmore"_s << QChar(u',') << Rows{{"open,field\nmore"}};
     QTest::newRow("doubled quote at the end") << u"\"a\"\""_s << QChar(u',') << Rows{{"a\""}};
-    QTest::newRow("closed then reopened") << u"\"a\"b\"c\""_s << QChar(u',') << Rows{{"abc"}};
-    QTest::newRow("other candidates are text") << u"a,b;c|d"_s << QChar(u';') << Rows{{"a,b", "c|d"}};
     QTest::newRow("delimiter with combining mark is text")
         << u"a;\u0301b;c"_s << QChar(u';') << Rows{{u"a;\u0301b"_s, "c"}};
     QTest::newRow("quote with combining mark neither opens nor closes")
@@ -191,7 +178,6 @@ void TestCSV::headerRow_data() {
     const QStringList five = {"Nome", "Cognome", "Email", "Città", "Telefono"};
     const QStringList data = {"Mario", "Rossi", "m@x.it", "Roma", "06 1"};
     QTest::newRow("no rows") << Rows{} << qsizetype(0);
-    QTest::newRow("all rows of one field") << Rows{{"a"}, {"b"}, {"c"}} << qsizetype(0);
     QTest::newRow("title cell above the table") << Rows{{"Elenco clienti 2026"}, five, data, data} << qsizetype(1);
     QTest::newRow("title padded with whitespace")
         << Rows{{"Elenco", " ", "\t", "\u00a0", ""}, five, data} << qsizetype(1);
