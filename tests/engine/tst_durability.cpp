@@ -122,11 +122,16 @@ void TestDurability::uccisoACaso() {
         store = preparaStore(etichetta, &campagna);
         QVERIFY(!store.isEmpty());
 
-        // Anywhere from the connection to a little past the usual end of the run.
-        const int attesa = int(caso.bounded(quint32(durata * 11 / 10 + 1)));
+        // The kill comes once the server holds a random number of this trial's messages, plus up to two
+        // milliseconds, so that it lands in every phase of a message's exchange whatever the machine's speed.
+        const int giaSalvati = m_server->messageCount();
+        const int soglia = int(caso.bounded(quint32(destinatari * 9 / 10)));
+        const int ritardo = int(caso.bounded(3u));
         QProcess* runner = avviaRunner(store, campagna);
         QVERIFY(attendiConnessione(*runner));
-        if (!runner->waitForFinished(attesa)) {
+        while (m_server->messageCount() - giaSalvati < soglia && !runner->waitForFinished(1)) {
+        }
+        if (!runner->waitForFinished(ritardo)) {
             runner->kill(); // SIGKILL
             QVERIFY(runner->waitForFinished(10'000));
         }

@@ -122,6 +122,10 @@ QList<AiosmtpdServer::Message> AiosmtpdServer::messages() const {
     return result;
 }
 
+int AiosmtpdServer::messageCount() const {
+    return int(QDir(m_spool.path()).entryList({QStringLiteral("*.json")}, QDir::Files).size());
+}
+
 QList<AiosmtpdServer::AuthAttempt> AiosmtpdServer::authAttempts() const {
     QList<AuthAttempt> result;
     QFile file(QDir(m_spool.path()).filePath(QStringLiteral("auth.jsonl")));

@@ -77,6 +77,7 @@ public:
                                                std::chrono::milliseconds timeout = std::chrono::seconds(10));
 
     QList<Message> messages() const; // in the order they were accepted
+    int messageCount() const;        // cheap: no message is read
     QList<AuthAttempt> authAttempts() const;
 
 private:
