@@ -5,7 +5,7 @@
 
 #include "app/BrezzarioApp.h"
 #include "engine/SendEngine.h"
-#include "screens/SendDashboardView.h"
+#include "screens/dashboard/SendDashboardView.h"
 
 #include <QApplication>
 #include <QElapsedTimer>

@@ -2,9 +2,9 @@
 
 #include "app/MainWindow.h"
 #include "app/SettingsWindow.h"
-#include "app/Symbols.h"
 #include "records/Store.h"
 #include "settings/SettingsStore.h"
+#include "ui/Symbols.h"
 
 #include <QApplication>
 

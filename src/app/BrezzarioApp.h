@@ -1,7 +1,7 @@
 #pragma once
 
-#include "app/Ambiente.h"
 #include "app/SettingsWindow.h"
+#include "ui/Ambiente.h"
 
 #include <QObject>
 #include <QPointer>

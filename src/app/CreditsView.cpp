@@ -1,6 +1,6 @@
 #include "app/CreditsView.h"
 
-#include "app/Palette.h"
+#include "ui/Palette.h"
 
 #include <QCoreApplication>
 #include <QDesktopServices>

@@ -5,7 +5,7 @@
 #include "app/TitoloBarra.h"
 #include "app/VoceSidebar.h"
 #include "engine/SendEngine.h"
-#include "screens/SendDashboardView.h"
+#include "screens/dashboard/SendDashboardView.h"
 
 #include <QAction>
 #include <QApplication>

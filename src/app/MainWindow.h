@@ -1,8 +1,8 @@
 #pragma once
 
-#include "app/Ambiente.h"
 #include "app/Sezione.h"
-#include "screens/SendDashboardView.h"
+#include "screens/dashboard/SendDashboardView.h"
+#include "ui/Ambiente.h"
 
 #include <QMainWindow>
 #include <QPointer>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "app/Ambiente.h"
 #include "app/Sezione.h"
+#include "ui/Ambiente.h"
 
 class QWidget;
 

@@ -1,7 +1,7 @@
 #include "app/SegnapostoSezione.h"
 
-#include "app/Palette.h"
-#include "app/Symbols.h"
+#include "ui/Palette.h"
+#include "ui/Symbols.h"
 
 #include <QLabel>
 #include <QVBoxLayout>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/Ambiente.h"
+#include "ui/Ambiente.h"
 
 #include <QWidget>
 

@@ -2,13 +2,13 @@
 #include "app/CreditsView.h"
 #include "app/MainWindow.h"
 #include "app/SettingsWindow.h"
-#include "app/Symbols.h"
 #include "app/TitoloBarra.h"
 #include "app/VoceSidebar.h"
 #include "engine/SendEngine.h"
 #include "records/Store.h"
 #include "Screenshot.h"
 #include "TestEnvironment.h"
+#include "ui/Symbols.h"
 
 #include <QAction>
 #include <QApplication>

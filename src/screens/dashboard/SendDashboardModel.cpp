@@ -1,6 +1,6 @@
-#include "screens/SendDashboardModel.h"
+#include "screens/dashboard/SendDashboardModel.h"
 
-#include "screens/Formati.h"
+#include "ui/Formati.h"
 
 #include <QCoreApplication>
 

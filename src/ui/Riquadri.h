@@ -1,11 +1,11 @@
 #pragma once
 
-#include "screens/SendDashboardModel.h"
+#include "ui/DatiRiquadri.h"
 
 #include <QFrame>
 #include <QLabel>
 
-// The small pieces of the dashboard: badges, counter tiles, figures and coloured notes with a symbol.
+// The small pieces that screens share: badges, counter tiles, figures and coloured notes with a symbol.
 
 // A rounded label on its colour at low opacity, with an optional symbol before the text.
 class BadgeView : public QFrame {

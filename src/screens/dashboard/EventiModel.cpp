@@ -1,8 +1,8 @@
-#include "screens/EventiModel.h"
+#include "screens/dashboard/EventiModel.h"
 
-#include "app/Palette.h"
-#include "app/Symbols.h"
-#include "screens/SendDashboardModel.h"
+#include "screens/dashboard/SendDashboardModel.h"
+#include "ui/Palette.h"
+#include "ui/Symbols.h"
 
 #include <QFontDatabase>
 

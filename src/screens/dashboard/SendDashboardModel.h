@@ -1,36 +1,12 @@
 #pragma once
 
-#include "app/Palette.h"
 #include "engine/SendEngine.h"
+#include "ui/DatiRiquadri.h"
 
 #include <QString>
 #include <QStringList>
 
 // What the dashboard shows of an engine, derived afresh at each refresh; the widgets only lay it out.
-
-struct Badge {
-    QString testo;
-    Colore colore = Colore::primary;
-    QString simbolo;
-    QString tooltip;
-};
-
-// A counter tile: symbol, number, label, on its colour at low opacity.
-struct RiquadroDato {
-    qint64 valore = 0;
-    QString etichetta;
-    QString icona;
-    Colore colore = Colore::primary;
-    bool mostrato = true;
-};
-
-// One figure of the row of figures.
-struct DatoInline {
-    QString titolo;
-    QString valore;
-    Colore colore = Colore::primary;
-    bool mostrato = true;
-};
 
 struct IndirizziRifiutati {
     QStringList mostrati;

@@ -1,11 +1,11 @@
 #include "app/BrezzarioApp.h"
-#include "screens/DashboardWidgets.h"
-#include "screens/Dialoghi.h"
-#include "screens/EventiModel.h"
-#include "screens/Formati.h"
-#include "screens/SendDashboardView.h"
+#include "screens/dashboard/EventiModel.h"
+#include "screens/dashboard/SendDashboardView.h"
 #include "Screenshot.h"
 #include "TestEnvironment.h"
+#include "ui/Dialoghi.h"
+#include "ui/Formati.h"
+#include "ui/Riquadri.h"
 
 #include <QFile>
 #include <QMessageBox>

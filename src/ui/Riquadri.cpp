@@ -1,6 +1,6 @@
-#include "screens/DashboardWidgets.h"
+#include "ui/Riquadri.h"
 
-#include "app/Symbols.h"
+#include "ui/Symbols.h"
 
 #include <QHBoxLayout>
 #include <QPainter>

@@ -1,12 +1,12 @@
-#include "screens/SendDashboardView.h"
+#include "screens/dashboard/SendDashboardView.h"
 
-#include "app/Symbols.h"
 #include "engine/SendReport.h"
 #include "records/CSVText.h"
-#include "screens/DashboardWidgets.h"
-#include "screens/Dialoghi.h"
-#include "screens/EventiModel.h"
-#include "screens/SendDashboardModel.h"
+#include "screens/dashboard/EventiModel.h"
+#include "screens/dashboard/SendDashboardModel.h"
+#include "ui/Dialoghi.h"
+#include "ui/Riquadri.h"
+#include "ui/Symbols.h"
 
 #include <QFontDatabase>
 #include <QGroupBox>

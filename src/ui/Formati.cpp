@@ -1,4 +1,4 @@
-#include "screens/Formati.h"
+#include "ui/Formati.h"
 
 #include <QCoreApplication>
 

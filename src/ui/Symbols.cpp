@@ -1,4 +1,4 @@
-#include "app/Symbols.h"
+#include "ui/Symbols.h"
 
 #include <QHash>
 #include <QPainter>

@@ -1,0 +1,81 @@
+#include "ui/Dialoghi.h"
+
+#include <QFileDialog>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QStandardPaths>
+
+namespace Dialoghi {
+
+namespace {
+RispostaSalvataggio& rispostaSalvataggio() {
+    static RispostaSalvataggio risposta;
+    return risposta;
+}
+RispostaApertura& rispostaApertura() {
+    static RispostaApertura risposta;
+    return risposta;
+}
+RispostaDomanda& rispostaDomanda() {
+    static RispostaDomanda risposta;
+    return risposta;
+}
+OsservaAvviso& osservatoreAvvisi() {
+    static OsservaAvviso osserva;
+    return osserva;
+}
+QString cartellaDocumenti() {
+    return QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+}
+} // namespace
+
+void rispondiSalvataggio(RispostaSalvataggio risposta) {
+    rispostaSalvataggio() = std::move(risposta);
+}
+void rispondiApertura(RispostaApertura risposta) {
+    rispostaApertura() = std::move(risposta);
+}
+void rispondiDomanda(RispostaDomanda risposta) {
+    rispostaDomanda() = std::move(risposta);
+}
+void osservaAvvisi(OsservaAvviso osserva) {
+    osservatoreAvvisi() = std::move(osserva);
+}
+
+QString fileDaSalvare(QWidget* genitore, const QString& titolo, const QString& nomeProposto, const QString& filtro) {
+    if (rispostaSalvataggio())
+        return rispostaSalvataggio()(nomeProposto);
+    return QFileDialog::getSaveFileName(genitore, titolo, cartellaDocumenti() + u'/' + nomeProposto, filtro);
+}
+
+QString fileDaAprire(QWidget* genitore, const QString& titolo, const QString& filtro) {
+    if (rispostaApertura())
+        return rispostaApertura()();
+    return QFileDialog::getOpenFileName(genitore, titolo, cartellaDocumenti(), filtro);
+}
+
+int scelta(QWidget* genitore, const QString& titolo, const QString& testo, const QStringList& pulsanti) {
+    if (rispostaDomanda())
+        return rispostaDomanda()(titolo, testo);
+    QMessageBox box(QMessageBox::Question, titolo, testo, QMessageBox::NoButton, genitore);
+    box.setWindowModality(Qt::WindowModal);
+    QList<QPushButton*> creati;
+    for (qsizetype i = 0; i < pulsanti.size(); ++i)
+        creati.append(box.addButton(pulsanti.at(i), i == 0 ? QMessageBox::AcceptRole : QMessageBox::RejectRole));
+    if (!creati.isEmpty())
+        box.setDefaultButton(creati.first());
+    box.exec();
+    return int(creati.indexOf(qobject_cast<QPushButton*>(box.clickedButton())));
+}
+
+void avviso(QWidget* genitore, const QString& titolo, const QString& testo) {
+    if (osservatoreAvvisi()) {
+        osservatoreAvvisi()(titolo, testo);
+        return;
+    }
+    QMessageBox box(QMessageBox::Warning, titolo, testo, QMessageBox::Ok, genitore);
+    box.setWindowModality(Qt::WindowModal);
+    box.exec();
+}
+
+} // namespace Dialoghi
