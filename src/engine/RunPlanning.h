@@ -26,9 +26,14 @@ enum class SkipReason {
 QString rawValue(SkipReason reason);
 
 struct Destinatario {
-    QUuid id = QUuid::createUuid();
+    QUuid id;
     QString email; // normalised
-    RowValues values;
+    RecordId rowId = 0;
+    // The row's values as they were when the run was prepared, kept encoded: a run of 100,000 recipients
+    // holds each as a few hundred bytes rather than a hash of strings. Filled by `caricaValori`.
+    QByteArray valoriCodificati;
+
+    RowValues values() const { return Store::decodeRowValues(valoriCodificati); }
 };
 
 struct Skip {
@@ -42,9 +47,12 @@ struct Plan {
     QList<Skip> skips;
 };
 
-// One pass over the list's rows in store order. The delivered set looks at this campaign's logs only.
+// One pass over the list's rows in store order. The delivered set looks at this campaign's logs only. It reads
+// addresses and exclusions only, so a screen can plan a large list at every refresh; a run then loads the
+// recipients' values with `caricaValori`.
 Plan plan(const Campaign& campaign, const std::optional<ContactList>& list, const QSet<QString>& suppressed,
           const Store& store);
+void caricaValori(const Store& store, RecordId listId, QList<Destinatario>& recipients);
 
 // The campaign's list and template if they still exist: a reference left by a deleted record reads as absent.
 std::optional<ContactList> listaValida(const Campaign& campaign, const Store& store);

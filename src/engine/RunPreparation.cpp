@@ -61,6 +61,8 @@ QCoro::Task<bool> Corsa::prepara(Campaign campaign, SettingsStore& settings) {
         if (!vivo())
             co_return false;
     }
+    // Values only for those who will get a message: the quota and the domain check have had their say.
+    RunPlanning::caricaValori(m_store, lista->id, m_destinatari);
     m_engine.setTotal(m_destinatari.size());
     salvaStato(CampaignStatus::running);
 

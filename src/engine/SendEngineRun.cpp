@@ -25,7 +25,7 @@ QCoro::Task<> SendEngine::run(Campaign campaign, SettingsStore& settings, Store&
 }
 
 MIMEBuilder::Message Corsa::messaggio(const RunPlanning::Destinatario& destinatario, QString* oggetto) const {
-    const MessageComposer::Rendered reso = MessageComposer::compose(m_modello, destinatario.values, m_config);
+    const MessageComposer::Rendered reso = MessageComposer::compose(m_modello, destinatario.values(), m_config);
     *oggetto = reso.subject;
     MIMEBuilder::Message m;
     m.from = {m_config.fromName, m_config.fromEmail};

@@ -453,7 +453,9 @@ QSet<QString> Store::suppressedEmails() const {
 }
 
 QHash<QString, QList<ContactRow>> Store::righePerEmail() const {
-    static const QString sql = selectSql<ContactRow>(QStringLiteral("WHERE email <> '' ORDER BY id"));
+    // Without the values: a run holds this map for its whole length, over every list in the store.
+    static const QString sql = selectSql<ContactRow>(QStringLiteral("WHERE email <> '' ORDER BY id"))
+                                   .replace(QStringLiteral("\"values\""), QStringLiteral("''"));
     QSqlQuery& query = prepared(sql);
     QHash<QString, QList<ContactRow>> result;
     if (!query.exec())
@@ -489,11 +491,7 @@ QString encodeValues(const RowValues& values) {
 }
 
 RowValues decodeValues(const QString& json) {
-    RowValues result;
-    const QJsonObject object = QJsonDocument::fromJson(json.toUtf8()).object();
-    for (auto it = object.constBegin(); it != object.constEnd(); ++it)
-        result.insert(it.key(), it.value().toString());
-    return result;
+    return Store::decodeRowValues(json.toUtf8());
 }
 
 } // namespace StoreTables

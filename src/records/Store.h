@@ -72,6 +72,19 @@ public:
     // Writes only the statistics fields of a row, which is what an outcome changes.
     bool updateRowOutcome(const ContactRow& row);
 
+    // What planning reads of a list: each row's identity, address and exclusion, in store order, without the
+    // values (decoding them is most of the cost of reading a row, and only the recipients of a run need them).
+    struct RigaDaPianificare {
+        RecordId id = 0;
+        QString email;
+        bool isExcluded = false;
+    };
+    QList<RigaDaPianificare> righeDaPianificare(RecordId listId) const;
+    // The stored values of the given rows of one list (identities ascending), still encoded, in the same order;
+    // a row that is gone gives an empty entry. `decodeRowValues` turns one into the row's values.
+    QList<QByteArray> valoriCodificati(RecordId listId, const QList<RecordId>& ids) const;
+    static RowValues decodeRowValues(const QByteArray& encoded);
+
     QList<TemplateAttachment> attachments(RecordId templateId) const;
 
     QList<SendLog> logs(RecordId campaignId) const;
@@ -85,7 +98,8 @@ public:
 
     // The normalised addresses of every suppression.
     QSet<QString> suppressedEmails() const;
-    // Every row with a non-empty address, over all lists, by normalised address.
+    // Every row with a non-empty address, over all lists, by normalised address. The rows come with their
+    // statistics and without their values, which is what recording an outcome needs.
     QHash<QString, QList<ContactRow>> righePerEmail() const;
 
     bool save();

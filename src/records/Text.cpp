@@ -47,7 +47,23 @@ bool isBlank(const QString& text) {
 }
 
 QString lowercased(const QString& text) {
-    return text.toLower();
+    // Most addresses and column names are ASCII: one pass, and no copy when nothing is upper-case.
+    const char16_t* s = reinterpret_cast<const char16_t*>(text.constData());
+    const qsizetype n = text.size();
+    qsizetype first = -1;
+    for (qsizetype i = 0; i < n; ++i) {
+        if (s[i] >= 0x80)
+            return text.toLower();
+        if (first < 0 && s[i] >= u'A' && s[i] <= u'Z')
+            first = i;
+    }
+    if (first < 0)
+        return text;
+    QString result(n, Qt::Uninitialized);
+    char16_t* out = reinterpret_cast<char16_t*>(result.data());
+    for (qsizetype i = 0; i < n; ++i)
+        out[i] = (s[i] >= u'A' && s[i] <= u'Z') ? char16_t(s[i] + 32) : s[i];
+    return result;
 }
 
 QString normalizedAddress(const QString& text) {

@@ -1,4 +1,5 @@
 #include "engine/RunPlanning.h"
+#include "records/Text.h"
 #include "TempStore.h"
 #include "TestEnvironment.h"
 
@@ -101,13 +102,18 @@ void TestPlanning::plan() {
     QFETCH(QStringList, recipients);
     QFETCH(Skips, skips);
     Fixture f(rows, skipDuplicates, logs);
-    const auto plan =
+    auto plan =
         RunPlanning::plan(f.campaign, f.list, QSet<QString>(suppressed.cbegin(), suppressed.cend()), *f.temp.store);
+    // Each recipient gets its own row's values, though planning skipped rows in between.
+    RunPlanning::caricaValori(*f.temp.store, f.list.id, plan.recipients);
     QStringList planned;
     QSet<QUuid> ids;
     for (const auto& recipient : plan.recipients) {
         planned << recipient.email;
-        QCOMPARE(recipient.values.value("nome"), QStringLiteral("N"));
+        const RowValues values = recipient.values();
+        QCOMPARE(values.value("nome"), QStringLiteral("N"));
+        QCOMPARE(Text::normalizedAddress(values.value("email")), recipient.email);
+        QCOMPARE(recipient.id.version(), QUuid::Random);
         ids.insert(recipient.id);
     }
     QCOMPARE(planned, recipients);
