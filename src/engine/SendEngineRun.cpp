@@ -78,7 +78,9 @@ QCoro::Task<> Corsa::consegna() {
             m_registro->consegna(destinatario.email, oggetto);
         } else {
             m_registro->fallimento(destinatario.email, oggetto, errore->testo, errore->rifiutoDefinitivo);
-            if (errore->connessioneChiusa && !co_await riconnetti(*sessione)) {
+            // A session the failure left without its connection (a close, a time-out, a reply that couldn't be
+            // followed) is opened again at once: the next recipient must not be charged with this one's fault.
+            if ((errore->connessioneChiusa || !sessione->isConnected()) && !co_await riconnetti(*sessione)) {
                 persa = true;
                 break;
             }

@@ -2,9 +2,9 @@
 
 #include <QSslSocket>
 
-ConnectionWaiter::ConnectionWaiter(QTcpSocket* socket, bool tls) {
+ConnectionWaiter::ConnectionWaiter(QSslSocket* socket, bool tls) {
     if (tls)
-        connect(static_cast<QSslSocket*>(socket), &QSslSocket::encrypted, this, &ConnectionWaiter::settle);
+        connect(socket, &QSslSocket::encrypted, this, &ConnectionWaiter::settle);
     else
         connect(socket, &QAbstractSocket::connected, this, &ConnectionWaiter::settle);
     connect(socket, &QAbstractSocket::errorOccurred, this, &ConnectionWaiter::settle);

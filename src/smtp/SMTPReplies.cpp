@@ -11,6 +11,8 @@ QString label(SMTPAwaiting state) {
         return QStringLiteral("CONNECT");
     case SMTPAwaiting::ehloReply:
         return QStringLiteral("EHLO");
+    case SMTPAwaiting::startTlsReply:
+        return QStringLiteral("STARTTLS");
     case SMTPAwaiting::mailFromReply:
         return QStringLiteral("MAIL FROM");
     case SMTPAwaiting::rcptToReply:
@@ -34,6 +36,7 @@ bool isAuthentication(SMTPAwaiting state) {
 bool accepts(SMTPAwaiting state, int code) {
     switch (state) {
     case SMTPAwaiting::greeting:
+    case SMTPAwaiting::startTlsReply:
         return code == 220;
     case SMTPAwaiting::ehloReply:
         return code >= 200 && code <= 399;

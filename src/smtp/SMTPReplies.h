@@ -8,6 +8,7 @@
 enum class SMTPAwaiting {
     greeting,
     ehloReply,
+    startTlsReply,
     authLoginReply,
     authUsernameReply,
     authPasswordReply,

@@ -1,6 +1,7 @@
 #include "SMTPSession.h"
 
 #include "ConnectionWaiter.h"
+#include "HostNameCheck.h"
 
 #include <QDeadlineTimer>
 #include <QHostInfo>
@@ -10,15 +11,21 @@
 #include <QCoro/QCoroAbstractSocket>
 #include <QCoro/QCoroSignal>
 
+#include <algorithm>
+
 namespace {
 
 std::chrono::milliseconds remaining(const QDeadlineTimer& deadline) {
     return std::chrono::milliseconds(deadline.remainingTime());
 }
 
+// What the socket may hold unread: past it the kernel holds the rest and the server waits, so a server
+// that floods the connection can't fill the memory.
+constexpr qint64 readLimit = 64 * 1024;
+
 } // namespace
 
-void SMTPSession::SocketDeleter::operator()(QTcpSocket* socket) const {
+void SMTPSession::SocketDeleter::operator()(QSslSocket* socket) const {
     socket->abort();
     // A queued wake-up may still name the socket; let the event loop drop it after them.
     socket->deleteLater();
@@ -29,14 +36,19 @@ SMTPSession::SMTPSession(SMTPConfig config, QString password, Options options)
 
 SMTPSession::~SMTPSession() = default;
 
-QTcpSocket* SMTPSession::makeSocket() const {
-    if (!m_config.useTLS)
-        return new QTcpSocket;
+bool SMTPSession::isConnected() const {
+    return m_connection && m_connection->state() == QAbstractSocket::ConnectedState;
+}
+
+QSslSocket* SMTPSession::makeSocket() const {
+    // Every connection may turn into TLS, from the first byte or after STARTTLS, with the same trust rules.
     auto* socket = new QSslSocket;
     QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
     if (!m_options.extraTrustedCertificates.isEmpty())
         configuration.addCaCertificates(m_options.extraTrustedCertificates);
     socket->setSslConfiguration(configuration);
+    socket->setReadBufferSize(readLimit);
+    HostNameCheck::install(socket, m_config.host);
     return socket;
 }
 
@@ -44,30 +56,66 @@ QCoro::Task<> SMTPSession::connect() {
     if (m_config.port < 1 || m_config.port > 65535)
         throw SMTPError::transport(SMTPError::tr("Porta non valida: ") + QString::number(m_config.port));
     m_connection.reset(makeSocket());
-    m_buffer.clear();
+    m_reader.clear();
     m_supportsAuthLogin = false;
     m_supportsAuthPlain = false;
+    m_supportsStartTls = false;
 
+    co_await open();
+    co_await expect(SMTPAwaiting::greeting);
+    co_await ehlo();
+    if (!m_config.useTLS)
+        co_await startTls();
+    co_await authenticate();
+}
+
+QCoro::Task<> SMTPSession::open() {
+    const QString address = m_options.addressForTests.isEmpty() ? m_config.host : m_options.addressForTests;
     const bool tls = m_config.useTLS;
     // Listening before the connection starts: some failures are reported at once, not from the event loop.
     ConnectionWaiter waiter(m_connection.get(), tls);
     if (tls)
-        static_cast<QSslSocket*>(m_connection.get())->connectToHostEncrypted(m_config.host, quint16(m_config.port));
+        m_connection->connectToHostEncrypted(address, quint16(m_config.port), m_config.host);
     else
-        m_connection->connectToHost(m_config.host, quint16(m_config.port));
+        m_connection->connectToHost(address, quint16(m_config.port));
+    co_await settle(waiter, tls);
+}
+
+QCoro::Task<> SMTPSession::settle(ConnectionWaiter& waiter, bool tls) {
     if (!waiter.isSettled()) {
         const auto settled = co_await qCoro(&waiter, &ConnectionWaiter::settled, m_options.timeout);
         if (!settled.has_value())
-            failTimedOut();
+            failAndClose(SMTPError::timeout());
     }
-    const bool ready = m_connection->state() == QAbstractSocket::ConnectedState &&
-                       (!tls || static_cast<QSslSocket*>(m_connection.get())->isEncrypted());
+    const bool ready =
+        m_connection->state() == QAbstractSocket::ConnectedState && (!tls || m_connection->isEncrypted());
     if (!ready)
         throw socketFailure();
+    // Qt also accepts a certificate by its common name: refused here before a byte goes through it.
+    if (tls && !HostNameCheck::matches(m_connection->peerCertificate(), m_config.host))
+        failAndClose(SMTPError::transport(QSslError(QSslError::HostNameMismatch).errorString()));
+}
 
-    co_await expect(SMTPAwaiting::greeting);
+// A server that doesn't offer STARTTLS, or refuses it, leaves the connection in the clear. That is fine for
+// a relay on this machine or one that asks for no password; authenticate() stops anything else.
+QCoro::Task<> SMTPSession::startTls() {
+    if (!m_supportsStartTls)
+        co_return;
+    co_await write(QByteArrayLiteral("STARTTLS\r\n"));
+    const SMTPResponse reply = co_await readResponse(SMTPAwaiting::startTlsReply);
+    if (!SMTPReplies::accepts(SMTPAwaiting::startTlsReply, reply.code)) {
+        if (!m_config.username.isEmpty() && !serverIsLocal())
+            throw SMTPReplies::refusal(SMTPAwaiting::startTlsReply, reply);
+        co_return;
+    }
+    // Whatever came after the 220 was sent in the clear by anyone on the way: never read it as a reply.
+    m_reader.clear();
+    m_connection->readAll();
+    ConnectionWaiter waiter(m_connection.get(), true);
+    m_connection->startClientEncryption();
+    co_await settle(waiter, true);
+    // What the server announced in the clear may have been tampered with: ask again, and keep only that.
     co_await ehlo();
-    co_await authenticate();
 }
 
 QCoro::Task<> SMTPSession::ehlo() {
@@ -77,16 +125,30 @@ QCoro::Task<> SMTPSession::ehlo() {
     const QString announced = reply.message.toUpper();
     m_supportsAuthLogin = announced.contains(QLatin1String("LOGIN"));
     m_supportsAuthPlain = announced.contains(QLatin1String("PLAIN"));
+    // STARTTLS only as an extension of its own, never as a word in some other line. The first line
+    // names the server.
+    const auto offersStartTls = [](const QString& line) {
+        return line.section(u' ', 0, 0).compare(QLatin1String("STARTTLS"), Qt::CaseInsensitive) == 0;
+    };
+    m_supportsStartTls = std::any_of(reply.lines.cbegin() + std::min<qsizetype>(1, reply.lines.size()),
+                                     reply.lines.cend(), offersStartTls);
 }
 
 QCoro::Task<> SMTPSession::authenticate() {
     if (m_config.username.isEmpty())
         co_return;
+    if (!m_connection->isEncrypted() && !serverIsLocal())
+        throw SMTPError::transport(
+            SMTPError::tr("il server non offre una connessione cifrata: la password non viene inviata in chiaro"));
     // LOGIN unless only PLAIN is announced; with neither announced LOGIN is tried all the same.
     if (!m_supportsAuthLogin && m_supportsAuthPlain)
         co_await authenticatePlain();
     else
         co_await authenticateLogin();
+}
+
+bool SMTPSession::serverIsLocal() const {
+    return !m_options.loopbackCountsAsRemote && m_connection && m_connection->peerAddress().isLoopback();
 }
 
 QCoro::Task<> SMTPSession::authenticateLogin() {
@@ -127,28 +189,28 @@ QCoro::Task<> SMTPSession::disconnect() {
     if (m_connection) {
         try {
             co_await write(QByteArrayLiteral("QUIT\r\n"));
-            co_await readResponse();
+            co_await readResponse(SMTPAwaiting::quitReply);
         } catch (const SMTPError&) {
             // Leaving is best-effort: the server may already be gone.
         }
     }
     m_connection.reset();
-    m_buffer.clear();
+    m_reader.clear();
 }
 
 QCoro::Task<SMTPResponse> SMTPSession::expect(SMTPAwaiting state) {
-    const SMTPResponse reply = co_await readResponse();
+    const SMTPResponse reply = co_await readResponse(state);
     SMTPReplies::check(state, reply);
     co_return reply;
 }
 
 QCoro::Task<> SMTPSession::expectOrReset(SMTPAwaiting state) {
-    const SMTPResponse reply = co_await readResponse();
+    const SMTPResponse reply = co_await readResponse(state);
     if (SMTPReplies::accepts(state, reply.code))
         co_return;
     try {
         co_await write(QByteArrayLiteral("RSET\r\n"));
-        co_await readResponse();
+        co_await readResponse(SMTPAwaiting::rsetReply);
     } catch (const SMTPError&) {
         // The refusal is what the caller needs to hear, not the fate of the RSET.
     }
@@ -172,36 +234,40 @@ QCoro::Task<> SMTPSession::write(QByteArray bytes) {
         throw socketFailure();
     while (m_connection->bytesToWrite() > 0) {
         if (deadline.hasExpired())
-            failTimedOut();
+            failAndClose(SMTPError::timeout());
         co_await qCoro(*m_connection).waitForBytesWritten(remaining(deadline));
         if (m_connection->state() != QAbstractSocket::ConnectedState)
             throw socketFailure();
     }
 }
 
-QCoro::Task<SMTPResponse> SMTPSession::readResponse() {
+// The deadline is for the whole reply: a server that dribbles a byte now and then can't hold the wait.
+QCoro::Task<SMTPResponse> SMTPSession::readResponse(SMTPAwaiting state) {
+    const QDeadlineTimer deadline(m_options.timeout);
     for (;;) {
-        if (auto reply = SMTPWire::parseBufferedResponse(m_buffer))
+        if (auto reply = m_reader.next())
             co_return *reply;
+        if (m_reader.fault() != SMTPReplyReader::Fault::none)
+            failAndClose(SMTPReplies::refusal(
+                state, SMTPResponse{m_reader.faultCode(), SMTPError::tr("risposta del server troppo lunga"), {}}));
         if (!m_connection)
             throw SMTPError::notConnected();
-        co_await receiveChunk();
+        co_await receiveChunk(deadline);
     }
 }
 
-QCoro::Task<> SMTPSession::receiveChunk() {
+QCoro::Task<> SMTPSession::receiveChunk(const QDeadlineTimer& deadline) {
     // Whatever the socket already holds comes first: waiting with unread bytes would return at once.
-    QByteArray chunk = m_connection->readAll();
-    const QDeadlineTimer deadline(m_options.timeout);
+    QByteArray chunk = m_connection->read(readLimit);
     while (chunk.isEmpty()) {
         if (m_connection->state() != QAbstractSocket::ConnectedState)
             throw socketFailure();
         if (deadline.hasExpired())
-            failTimedOut();
+            failAndClose(SMTPError::timeout());
         co_await qCoro(*m_connection).waitForReadyRead(remaining(deadline));
-        chunk = m_connection->readAll();
+        chunk = m_connection->read(readLimit);
     }
-    m_buffer += chunk;
+    m_reader.append(chunk);
 }
 
 SMTPError SMTPSession::socketFailure() const {
@@ -216,8 +282,7 @@ SMTPError SMTPSession::socketFailure() const {
     }
 }
 
-void SMTPSession::failTimedOut() {
-    // A session that timed out is dead: whatever the server does later must not be read as a reply.
+void SMTPSession::failAndClose(const SMTPError& error) {
     m_connection->abort();
-    throw SMTPError::timeout();
+    throw error;
 }

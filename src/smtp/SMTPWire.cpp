@@ -2,21 +2,11 @@
 
 #include "settings/SMTPConfig.h"
 
+#include <algorithm>
+
 namespace SMTPWire {
 
 namespace {
-
-bool isDigit(char c) {
-    return c >= '0' && c <= '9';
-}
-
-// The code of a line that ends a reply: three digits alone, or three digits and a blank.
-std::optional<int> finalCode(const QByteArray& line) {
-    const bool shape = line.size() == 3 || (line.size() >= 4 && line.at(3) == ' ');
-    if (!shape || !isDigit(line.at(0)) || !isDigit(line.at(1)) || !isDigit(line.at(2)))
-        return std::nullopt;
-    return (line.at(0) - '0') * 100 + (line.at(1) - '0') * 10 + (line.at(2) - '0');
-}
 
 QString domainPart(const QString& text) {
     const qsizetype at = text.lastIndexOf(u'@');
@@ -37,26 +27,18 @@ bool looksLikeDomain(const QString& name) {
 
 } // namespace
 
-std::optional<SMTPResponse> parseBufferedResponse(QByteArray& buffer) {
-    if (buffer.size() < 2)
-        return std::nullopt;
-    QStringList lines;
-    qsizetype start = 0;
-    for (;;) {
-        const qsizetype end = buffer.indexOf("\r\n", start);
-        if (end < 0)
-            return std::nullopt;
-        const QByteArray line = buffer.mid(start, end - start);
-        lines << QString::fromUtf8(line);
-        start = end + 2;
-        if (const auto code = finalCode(line)) {
-            buffer.remove(0, start);
-            QStringList pieces;
-            for (const QString& text : std::as_const(lines))
-                pieces << (text.size() >= 5 ? text.mid(4) : text);
-            return SMTPResponse{*code, pieces.join(u' ')};
-        }
-    }
+bool isControlCharacter(QChar c) {
+    const char16_t u = c.unicode();
+    return u < 0x20 || (u >= 0x7f && u <= 0x9f);
+}
+
+QString withoutControlCharacters(QString text) {
+    if (std::none_of(text.cbegin(), text.cend(), isControlCharacter))
+        return text;
+    for (QChar& c : text)
+        if (isControlCharacter(c))
+            c = u' ';
+    return text;
 }
 
 QByteArray dotStuffed(const QByteArray& data) {
@@ -82,7 +64,7 @@ QString ehloDomain(const SMTPConfig& config, const QString& hostName) {
 }
 
 std::optional<QByteArray> commandLine(const char* verb, const QString& argument, const char* suffix) {
-    if (argument.contains(u'\r') || argument.contains(u'\n'))
+    if (std::any_of(argument.cbegin(), argument.cend(), isControlCharacter))
         return std::nullopt;
     return QByteArray(verb) + argument.toUtf8() + suffix + "\r\n";
 }

@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QStringList>
 
 #include <optional>
 
@@ -10,15 +11,12 @@ struct SMTPConfig;
 struct SMTPResponse {
     int code = 0;
     QString message;
+    QStringList lines; // each line's text after its code and the character that follows it
     bool operator==(const SMTPResponse&) const = default;
 };
 
 // The byte-level pieces of the conversation, free of any socket so they can be checked on their own.
 namespace SMTPWire {
-
-// Takes one whole reply off the front of the buffer. Returns nothing, and leaves the buffer alone, while
-// the reply's last line hasn't fully arrived.
-std::optional<SMTPResponse> parseBufferedResponse(QByteArray& buffer);
 
 // A full stop at the start of any line, the first one included, is doubled so the server can't take it
 // for the end of the data.
@@ -28,8 +26,13 @@ QByteArray dotStuffed(const QByteArray& data);
 // and the machine's name that looks like a domain.
 QString ehloDomain(const SMTPConfig& config, const QString& hostName);
 
-// A command with its line end. Returns nothing when the argument holds a CR or LF: written as it is, it
-// would smuggle a second command onto the wire.
+// A C0 control character (CR, LF, TAB, NUL, ESC…), DEL, or a C1 control character.
+bool isControlCharacter(QChar c);
+// The text with each control character replaced by a blank.
+QString withoutControlCharacters(QString text);
+
+// A command with its line end. Returns nothing when the argument holds a control character: a CR or LF
+// would smuggle a second command onto the wire, and no server should be handed a NUL or an ESC either.
 std::optional<QByteArray> commandLine(const char* verb, const QString& argument = {}, const char* suffix = "");
 
 } // namespace SMTPWire

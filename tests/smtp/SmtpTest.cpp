@@ -1,5 +1,6 @@
 #include "SmtpTest.h"
 
+#include "Loopback.h"
 #include "TestCA.h"
 #include "TestEnvironment.h"
 
@@ -26,6 +27,11 @@ Outcome runToEnd(QCoro::Task<> operation) {
 TestCA& TestSMTP::ca() {
     static TestCA authority;
     return authority;
+}
+
+const TestCA::Issued& TestSMTP::serverCertificate() {
+    static const TestCA::Issued issued = ca().issue(QString::fromLatin1(Loopback::smtp), {}, {Loopback::smtp});
+    return issued;
 }
 
 void TestSMTP::initTestCase() {

@@ -8,7 +8,7 @@
 
 #include <optional>
 
-class TestCA;
+#include "TestCA.h"
 
 // How one session operation ended: nothing for success, the error otherwise. Anything thrown that isn't
 // an SMTPError fails the test that ran the operation.
@@ -46,6 +46,8 @@ struct ScriptRow {
     QString recipient = Fixture::recipient;
     QByteArray data = QByteArrayLiteral("Subject: prova\r\n\r\nCiao\r\n");
     int connections = 1; // how many connections the server must have seen
+    bool remote = false; // the server on 127.0.0.11 counts as remote
+    bool trustCA = true; // the client trusts the CA of the certificate "starttls" presents
 };
 Q_DECLARE_METATYPE(ScriptRow)
 
@@ -78,6 +80,16 @@ private Q_SLOTS:
     void refusedCertificate_data();
     void refusedCertificate();
 
+    // STARTTLS and the host name a certificate must name.
+    void startTls_data();
+    void startTls();
+    void hostNameCheck_data();
+    void hostNameCheck();
+    void certificateHost_data();
+    void certificateHost();
+
 private:
     TestCA& ca();
+    // A certificate for the test's loopback address, from the test CA.
+    const TestCA::Issued& serverCertificate();
 };

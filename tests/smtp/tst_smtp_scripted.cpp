@@ -189,11 +189,110 @@ void TestSMTP::scripted_data() {
                                                   .operations = connectQuit,
                                                   .outcomes = {refused, ""},
                                                   .fromEmail = "mittente@prova.example\r\nRSET"});
+    // Not even a NUL, an ESC or a BEL: whatever a server or a log makes of them, they aren't an address.
+    row("NUL in the recipient", {.script = opened() + transaction() + quit(),
+                                 .operations = {"connect", "send", "send!", "disconnect"},
+                                 .outcomes = {"", refused, "", ""},
+                                 .recipient = QString(Fixture::recipient).insert(4, QChar(0))});
+    row("ESC in the envelope sender", {.script = opened() + quit(),
+                                       .operations = connectSendQuit,
+                                       .outcomes = {"", refused, ""},
+                                       .envelopeFrom = "\x1b[2J" + Fixture::sender});
+    row("C1 control in the recipient", {.script = opened() + quit(),
+                                        .operations = connectSendQuit,
+                                        .outcomes = {"", refused, ""},
+                                        .recipient = Fixture::recipient + QChar(0x85)});
+    row("BEL in the sender's address stops EHLO", {.script = greeting() + quit(),
+                                                   .operations = connectQuit,
+                                                   .outcomes = {refused, ""},
+                                                   .fromEmail = "mittente@prova\a.example"});
+    // A server's text reaches the history and the screens with its control characters blanked.
+    row("control characters in a refusal",
+        {.script = opened() + mail + rcpt + QStringList{"S: 550 5.1.1 \x1b[31mSconosciuto\x07\x7f!"} + rset + quit(),
+         .operations = connectSendQuit,
+         .outcomes = {"", "Risposta inattesa a RCPT TO: 550 5.1.1  [31mSconosciuto  !", ""},
+         .rifiuto = "rifiutato dal server: 550 5.1.1  [31mSconosciuto  !"});
+
+    // Bounded replies: a line that never ends, or a reply that never ends, is refused at its stage, and the
+    // session is over, since nobody knows where the next reply would begin.
+    const QString endless = "S+ 250-" + QString(2100, u'x');
+    row("a line over 2,048 bytes",
+        {.script = opened() + QStringList{"C: MAIL FROM:<" + Fixture::sender + ">", endless, "silent"},
+         .operations = connectSendQuit,
+         .outcomes = {"", "Risposta inattesa a MAIL FROM: 250 risposta del server troppo lunga", ""}});
+    QStringList flood;
+    for (int i = 0; i < 40; ++i)
+        flood << "S: 250-" + QString(2000, u'y');
+    row("a reply over 64 KB",
+        {.script = greeting() + QStringList{"C: EHLO prova.example"} + flood + QStringList{"silent"},
+         .operations = connectQuit,
+         .outcomes = {"Risposta inattesa a EHLO: 250 risposta del server troppo lunga", ""}});
+    // One byte every 200 ms never lets a wait for one read run out, but the whole reply has a deadline too.
+    row("a reply dribbled past the deadline",
+        {.script = opened() +
+                   QStringList{"C: MAIL FROM:<" + Fixture::sender + ">", "dribble 200 250 2.1.0 Ok, ma piano piano"},
+         .operations = connectSendQuit,
+         .outcomes = {"", "Il server non ha risposto entro il tempo massimo.", ""}});
+
+    // STARTTLS. The first EHLO announces LOGIN and PLAIN, the one after the upgrade PLAIN only: what was said
+    // in the clear is forgotten.
+    const QStringList offersTls = ehlo({"250-smtp.prova.example", "250-STARTTLS", "250 AUTH LOGIN PLAIN"});
+    const QStringList upgrade{"C: STARTTLS", "S: 220 2.0.0 Avanti", "starttls"};
+    const QStringList afterTls = ehlo({"250-smtp.prova.example", "250 AUTH PLAIN"}) + plain();
+    const QStringList noTls = ehlo({"250-smtp.prova.example", "250 AUTH LOGIN PLAIN"});
+    const QString inClear = "Errore di connessione: il server non offre una connessione cifrata: la password non "
+                            "viene inviata in chiaro";
+    row("STARTTLS: upgrade, EHLO again, AUTH encrypted",
+        {.script = greeting() + offersTls + upgrade + afterTls + transaction() + quit(),
+         .operations = connectSendQuit,
+         .remote = true});
+    row("no STARTTLS, a user name, a remote host",
+        {.script = greeting() + noTls + quit(), .operations = connectQuit, .outcomes = {inClear, ""}, .remote = true});
+    row("STARTTLS only as part of another word",
+        {.script = greeting() + ehlo({"250-smtp.prova.example", "250-X-STARTTLS-OFF", "250 AUTH LOGIN"}) + quit(),
+         .operations = connectQuit,
+         .outcomes = {inClear, ""},
+         .remote = true});
+    row("no STARTTLS, no user name, a remote host", {.script = greeting() + noTls + transaction() + quit(),
+                                                     .operations = connectSendQuit,
+                                                     .username = "",
+                                                     .remote = true});
+    row("454 to STARTTLS, a user name, a remote host",
+        {.script = greeting() + offersTls + QStringList{"C: STARTTLS", "S: 454 4.7.0 TLS non disponibile"} + quit(),
+         .operations = connectQuit,
+         .outcomes = {"Risposta inattesa a STARTTLS: 454 4.7.0 TLS non disponibile", ""},
+         .remote = true});
+    row("454 to STARTTLS, no user name: on in the clear",
+        {.script = greeting() + offersTls + QStringList{"C: STARTTLS", "S: 454 4.7.0 TLS non disponibile"} +
+                   transaction() + quit(),
+         .operations = connectSendQuit,
+         .username = "",
+         .remote = true});
+    row("454 to STARTTLS on this machine: on in the clear",
+        {.script =
+             greeting() + offersTls + QStringList{"C: STARTTLS", "S: 454 4.7.0 TLS non disponibile"} + login() + quit(),
+         .operations = connectQuit});
+    row("untrusted certificate at the upgrade",
+        {.script = greeting() + offersTls + upgrade + QStringList{"silent"},
+         .operations = connectQuit,
+         .outcomes = {"Errore di connessione: The issuer certificate of a locally looked up certificate could not be "
+                      "found",
+                      ""},
+         .remote = true,
+         .trustCA = false});
+    // The classic injection: bytes sent in the clear behind the 220 must not answer the encrypted EHLO.
+    // Taken as its reply, "250 injected" would announce no PLAIN and the client would write AUTH LOGIN.
+    row("bytes pipelined after the 220",
+        {.script = greeting() + offersTls +
+                   QStringList{"C: STARTTLS", "S: 220 go ahead", "S: 250 injected", "starttls"} + afterTls + quit(),
+         .operations = connectQuit,
+         .remote = true});
 }
 
 void TestSMTP::scripted() {
     QFETCH(ScriptRow, row);
     ScriptedServer server(row.script);
+    server.setStartTls(ScriptedServer::tlsConfiguration(serverCertificate()));
     QVERIFY(server.listen(Loopback::smtp));
 
     SMTPConfig config;
@@ -204,6 +303,9 @@ void TestSMTP::scripted() {
     config.fromEmail = row.fromEmail;
     SMTPSession::Options options;
     options.timeout = std::chrono::milliseconds(1500);
+    options.loopbackCountsAsRemote = row.remote;
+    if (row.trustCA)
+        options.extraTrustedCertificates = ca().certificates();
     SMTPSession session(config, Fixture::password, options);
 
     LogCapture logs;
@@ -230,6 +332,10 @@ void TestSMTP::scripted() {
     QTRY_VERIFY2(server.usedUp(), qPrintable(server.problem() + "\nreceived: " + server.received().join(" | ")));
     QCOMPARE(server.connectionCount(), row.connections);
 
+    // Credentials go to a remote server only once TLS is up, and what follows the upgrade is read afresh.
+    if (row.remote && !server.received().contains("STARTTLS"))
+        QVERIFY(std::none_of(server.received().cbegin(), server.received().cend(),
+                             [](const QString& line) { return line.startsWith("AUTH"); }));
     for (const QString& secret : {Fixture::password, Fixture::passwordBase64, Fixture::plainToken}) {
         QVERIFY(!outcomes.join(u'\n').contains(secret));
         QVERIFY(!LogCapture::lines().join(u'\n').contains(secret));

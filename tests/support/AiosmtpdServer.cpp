@@ -18,6 +18,12 @@ AiosmtpdServer::Options AiosmtpdServer::withTls(TestCA& ca, const QString& addre
     return options;
 }
 
+AiosmtpdServer::Options AiosmtpdServer::withStartTls(TestCA& ca, const QString& address) {
+    Options options = withTls(ca, address);
+    options.startTls = true;
+    return options;
+}
+
 AiosmtpdServer::Options AiosmtpdServer::plain(const QString& address) {
     Options options;
     options.address = address;
@@ -47,6 +53,8 @@ bool AiosmtpdServer::start() {
     if (!m_options.certificatePath.isEmpty())
         arguments << QStringLiteral("--cert") << m_options.certificatePath << QStringLiteral("--key")
                   << m_options.keyPath;
+    if (m_options.startTls)
+        arguments << QStringLiteral("--starttls");
     if (!m_options.username.isEmpty())
         arguments << QStringLiteral("--user") << m_options.username << QStringLiteral("--password")
                   << m_options.password << QStringLiteral("--mechanisms") << m_options.mechanisms.join(u',');
@@ -89,7 +97,7 @@ SMTPConfig AiosmtpdServer::config() const {
     SMTPConfig config;
     config.host = m_options.address;
     config.port = m_options.port;
-    config.useTLS = !m_options.certificatePath.isEmpty();
+    config.useTLS = !m_options.certificatePath.isEmpty() && !m_options.startTls;
     config.username = m_options.username;
     config.fromEmail = QStringLiteral("mittente@prova.example");
     return config;
@@ -133,9 +141,16 @@ QList<AiosmtpdServer::AuthAttempt> AiosmtpdServer::authAttempts() const {
         return result;
     while (!file.atEnd()) {
         const QJsonObject object = QJsonDocument::fromJson(file.readLine()).object();
-        result << AuthAttempt{object.value(QLatin1String("mechanism")).toString(),
-                              object.value(QLatin1String("login")).toString(),
-                              object.value(QLatin1String("success")).toBool()};
+        result << AuthAttempt{
+            object.value(QLatin1String("mechanism")).toString(), object.value(QLatin1String("login")).toString(),
+            object.value(QLatin1String("success")).toBool(), object.value(QLatin1String("tls")).toBool()};
     }
     return result;
+}
+
+QStringList AiosmtpdServer::conversation() const {
+    QFile file(QDir(m_spool.path()).filePath(QStringLiteral("conversation.log")));
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    return QString::fromUtf8(file.readAll()).split(u'\n', Qt::SkipEmptyParts);
 }

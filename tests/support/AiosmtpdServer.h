@@ -35,6 +35,7 @@ public:
         quint16 port = 2525;
         QString certificatePath; // implicit TLS when set; plain TCP otherwise
         QString keyPath;
+        bool startTls = false; // with a certificate: plain TCP offering STARTTLS, and AUTH only after it
         QString username = QStringLiteral("utente@prova.example"); // AUTH offered when not empty
         QString password = QStringLiteral("Segreta!42");
         QStringList mechanisms = {QStringLiteral("LOGIN"), QStringLiteral("PLAIN")};
@@ -54,10 +55,13 @@ public:
         QString mechanism;
         QString login;
         bool success = false;
+        bool encrypted = false; // whether the connection was encrypted when the AUTH came
     };
 
     // Implicit TLS with a certificate from the CA for the address (as an IP entry).
     static Options withTls(TestCA& ca, const QString& address);
+    // The same certificate, offered through STARTTLS on a plain connection.
+    static Options withStartTls(TestCA& ca, const QString& address);
     static Options plain(const QString& address);
 
     explicit AiosmtpdServer(Options options);
@@ -79,6 +83,9 @@ public:
     QList<Message> messages() const; // in the order they were accepted
     int messageCount() const;        // cheap: no message is read
     QList<AuthAttempt> authAttempts() const;
+    // What the server went through, in order: "EHLO", "AUTH LOGIN", "DATA", each with " tls" when the
+    // connection was encrypted at that moment.
+    QStringList conversation() const;
 
 private:
     Options m_options;

@@ -7,6 +7,22 @@
 #include <QTcpSocket>
 #include <QTimer>
 
+namespace {
+
+// Hands out sockets that can turn into TLS halfway through the conversation.
+class UpgradableServer : public QTcpServer {
+protected:
+    void incomingConnection(qintptr descriptor) override {
+        auto* socket = new QSslSocket(this);
+        if (socket->setSocketDescriptor(descriptor))
+            addPendingConnection(socket);
+        else
+            delete socket;
+    }
+};
+
+} // namespace
+
 ScriptedServer::ScriptedServer(QStringList script, QObject* parent)
     : QObject(parent), m_script(std::move(script)), m_server(std::make_unique<QTcpServer>()) {}
 
@@ -22,6 +38,11 @@ void ScriptedServer::setTls(const QSslConfiguration& configuration) {
     auto server = std::make_unique<QSslServer>();
     server->setSslConfiguration(configuration);
     m_server = std::move(server);
+}
+
+void ScriptedServer::setStartTls(const QSslConfiguration& configuration) {
+    m_startTls = configuration;
+    m_server = std::make_unique<UpgradableServer>();
 }
 
 QSslConfiguration ScriptedServer::tlsConfiguration(const TestCA::Issued& issued) {
@@ -110,6 +131,20 @@ void ScriptedServer::play() {
                 play();
             });
             return;
+        } else if (line.startsWith(QLatin1String("dribble "))) {
+            flush();
+            m_pausing = true;
+            dribble(line.section(u' ', 1, 1).toInt(), line.section(u' ', 2).toUtf8() + "\r\n", 0);
+            return;
+        } else if (line == QLatin1String("starttls")) {
+            flush();
+            auto* socket = qobject_cast<QSslSocket*>(m_client.data());
+            if (!socket || m_startTls.isNull()) {
+                fail(QStringLiteral("\"starttls\" without setStartTls()"));
+                return;
+            }
+            socket->setSslConfiguration(m_startTls);
+            socket->startServerEncryption();
         } else if (line == QLatin1String("close")) {
             flush();
             ++m_step;
@@ -123,6 +158,21 @@ void ScriptedServer::play() {
     }
     flush();
     readClient(); // lines that arrived while the server was talking or pausing
+}
+
+void ScriptedServer::dribble(int interval, QByteArray text, qsizetype sent) {
+    QTimer::singleShot(interval, this, [this, interval, text, sent] {
+        if (!m_client || !m_pausing)
+            return; // the client closed: clientClosed() went past this line
+        m_client->write(text.mid(sent, 1));
+        if (sent + 1 < text.size()) {
+            dribble(interval, text, sent + 1);
+            return;
+        }
+        m_pausing = false;
+        ++m_step;
+        play();
+    });
 }
 
 void ScriptedServer::readClient() {
@@ -170,9 +220,11 @@ void ScriptedServer::clientClosed() {
     const bool serverClosed = std::exchange(m_serverClosed, false);
     if (m_problem.isEmpty() && !serverClosed && m_step < m_script.size()) {
         const QString expected = m_script.at(m_step);
-        if (expected == QLatin1String("silent") || expected == QLatin1String("next"))
+        if (expected == QLatin1String("silent") || expected == QLatin1String("next") ||
+            expected.startsWith(QLatin1String("dribble "))) {
             ++m_step;
-        else
+            m_pausing = false;
+        } else
             m_problem = QStringLiteral("line %1: the client closed the connection, the script expects \"%2\"")
                             .arg(m_step + 1)
                             .arg(expected);

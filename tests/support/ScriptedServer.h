@@ -25,6 +25,8 @@ class QTcpSocket;
 //   "S+ text"    the server sends the text with no line end: the first part of a line
 //   "pause N"    the server sends what it has and waits N ms, so the client reads in two goes
 //   "close"      the server closes the connection; the rest plays on the next one
+//   "dribble N text"  the server sends the text and CR LF one byte every N ms; a close by the client ends it
+//   "starttls"   the server sends what it has, then starts TLS on this connection (see setStartTls)
 //   "silent"     the server says nothing more; reached when the client closes the connection
 //   "next"       this connection is over once the client closes it; the rest plays on the next one
 // Consecutive S lines go out in one write, so they reach the client together.
@@ -40,6 +42,8 @@ public:
 
     // TLS from the first byte with this configuration (certificate and key); plain TCP otherwise.
     void setTls(const QSslConfiguration& configuration);
+    // Plain TCP that the script's "starttls" turns into TLS with this configuration.
+    void setStartTls(const QSslConfiguration& configuration);
     // The configuration of a server that presents a certificate the test CA issued.
     static QSslConfiguration tlsConfiguration(const TestCA::Issued& issued);
     bool listen(const QString& address);
@@ -58,7 +62,9 @@ private:
     void play();
     void fail(const QString& problem);
     void flush();
+    void dribble(int interval, QByteArray text, qsizetype sent);
 
+    QSslConfiguration m_startTls;
     QStringList m_script;
     qsizetype m_step = 0;
     std::unique_ptr<QTcpServer> m_server;
