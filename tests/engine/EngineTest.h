@@ -77,6 +77,8 @@ private Q_SLOTS:
     void invioDiProva();
     void invioDiProvaFallito_data();
     void invioDiProvaFallito();
+    void cifratura_data();
+    void cifratura();
 
 private:
     TestCA& ca();

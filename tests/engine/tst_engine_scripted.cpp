@@ -68,6 +68,30 @@ void TestEngine::copioni_data() {
                        "Fine: 2 inviate, 1 errori, 0 saltate."}
         << "completed"
         << "" << 3 << 2;
+    // A wait that timed out leaves the session dead: the next recipient goes on a new connection at once
+    // instead of being charged with a close it never met.
+    QTest::newRow("time-out charges the next recipient")
+        << apertura() + consegna(a) + QStringList{"C: MAIL FROM:<" + mittente + ">", "silent"} + apertura() +
+               consegna(c) + uscita
+        << QStringList{"Connesso e autenticato.",
+                       "✓ " + a,
+                       "✗ " + b + " — Il server non ha risposto entro il tempo massimo.",
+                       "Connessione ristabilita.",
+                       "✓ " + c,
+                       "Fine: 2 inviate, 1 errori, 0 saltate."}
+        << "completed"
+        << "" << 3 << 2;
+    QTest::newRow("overlong reply charges the next recipient")
+        << apertura() + consegna(a) + busta(b).mid(0, 3) + QStringList{"S: 250-" + QString(3000, u'x'), "silent"} +
+               apertura() + consegna(c) + uscita
+        << QStringList{"Connesso e autenticato.",
+                       "✓ " + a,
+                       "✗ " + b + " — Risposta inattesa a RCPT TO: 250 risposta del server troppo lunga",
+                       "Connessione ristabilita.",
+                       "✓ " + c,
+                       "Fine: 2 inviate, 1 errori, 0 saltate."}
+        << "completed"
+        << "" << 3 << 2;
     // The reconnection finds the server gone; the recipient after it is never tried.
     QTest::newRow("failed reconnection") << apertura() + consegna(a) + busta(b) +
                                                 QStringList{"C: DATA", "S: 354 Avanti", "C* .", "close", "close"}

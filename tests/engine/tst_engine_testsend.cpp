@@ -104,3 +104,46 @@ void TestEngine::invioDiProvaFallito() {
     QVERIFY(scena.store.all<Suppression>().isEmpty());
     QVERIFY(server.messages().isEmpty());
 }
+
+void TestEngine::cifratura_data() {
+    QTest::addColumn<bool>("prova"); // the test send; a campaign's run otherwise
+    QTest::addColumn<bool>("starttls");
+    QTest::addColumn<QString>("esito"); // the test send's text, or the run's last line
+    QTest::addColumn<QStringList>("conversazione");
+    const QString inChiaro = "Errore di connessione: il server non offre una connessione cifrata: la password non "
+                             "viene inviata in chiaro";
+    const QStringList cifrata{"EHLO", "EHLO tls", "AUTH LOGIN tls", "DATA tls"};
+    QTest::newRow("test send, STARTTLS") << true << true << "Messaggio di prova inviato a anna@ditta.it." << cifrata;
+    QTest::newRow("test send, no STARTTLS")
+        << true << false << "Invio di prova fallito: " + inChiaro << QStringList{"EHLO"};
+    QTest::newRow("run, STARTTLS") << false << true << "Fine: 1 inviate, 0 errori, 0 saltate." << cifrata;
+    QTest::newRow("run, no STARTTLS") << false << false << "Connessione fallita: " + inChiaro << QStringList{"EHLO"};
+}
+
+// The test send and a run open their sessions the same way: upgraded with STARTTLS, or no password at all
+// to a server that isn't on this machine.
+void TestEngine::cifratura() {
+    QFETCH(bool, prova);
+    QFETCH(bool, starttls);
+    QFETCH(QString, esito);
+    QFETCH(QStringList, conversazione);
+    AiosmtpdServer server(starttls ? AiosmtpdServer::withStartTls(ca(), Loopback::engineSmtp)
+                                   : AiosmtpdServer::plain(Loopback::engineSmtp));
+    QVERIFY2(server.start(), qPrintable(server.errorString()));
+    Scena scena(configurazione(server.config()), {"anna@ditta.it"}, &ca());
+    SMTPSession::Options opzioni = AiosmtpdServer::sessionOptions(&ca());
+    opzioni.loopbackCountsAsRemote = true;
+    scena.engine->setFabbricaSessionePerTest([opzioni](const SMTPConfig& c, const QString& password) {
+        return std::make_unique<SMTPSession>(c, password, opzioni);
+    });
+
+    if (prova) {
+        QCOMPARE(inviaProva(scena, "anna@ditta.it"), esito);
+    } else {
+        scena.corri();
+        QCOMPARE(scena.engine->activityLog().last(), esito);
+    }
+    QCOMPARE(server.conversation(), conversazione);
+    QCOMPARE(server.messages().size(), conversazione.size() > 1 ? 1 : 0);
+    QCOMPARE(server.authAttempts().size(), conversazione.size() > 1 ? 1 : 0);
+}
