@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Messages per second over one SMTP connection at pace 0, 10 KB messages, to Postfix's smtp-sink on
 # loopback (plain TCP), side by side with Postfix's smtp-source (the ceiling) and Python's smtplib.
-# Five rounds, interleaved; the median of each is reported.
+# Five rounds, interleaved; the median of each is reported. Then how reading replies scales with their
+# size, and the memory a server that never ends its greeting can make the client hold.
 set -euo pipefail
 here="$(cd "$(dirname "$0")" && pwd)"
 BUILD_DIR="${BUILD_DIR:-$here/../../build}"
@@ -68,3 +69,26 @@ for sink in pipelining plain; do
             'BEGIN { printf "%-44s %12.1f %14.2f %12.2f\n", l, r, r / s, r / p }'
     done
 done
+
+# Replies: time per byte as replies grow, and what a server that never ends its greeting costs.
+echo
+"$BUILD_DIR/bench/smtp/bench_replies" parse
+echo
+flood_port=2526
+printf '%-44s %10s %16s %14s %14s\n' "server floods the greeting with" "ms" "bytes it got out" "peak KB before" "peak KB after"
+for mode in line lines; do
+    for megabytes in 3 300 3000; do
+        /usr/bin/python3 "$here/flood_server.py" "$address" "$flood_port" "$mode" "$megabytes" >/tmp/bench-flood.$$ &
+        flood_pid=$!
+        for _ in $(seq 100); do grep -q READY /tmp/bench-flood.$$ 2>/dev/null && break; sleep 0.05; done
+        out="$("$BUILD_DIR/bench/smtp/bench_replies" flood "$address" "$flood_port")"
+        wait "$flood_pid" || true
+        sent="$(sed -n 's/^sent //p' /tmp/bench-flood.$$)"
+        case $mode in line) what="one endless line" ;; lines) what="endless 64-byte lines" ;; esac
+        printf '%-44s %10s %16s %14s %14s\n' "$what, up to $megabytes MB" "$(sed -n 's/^ms //p' <<<"$out")" "$sent" \
+            "$(sed -n 's/^peak_kb_before //p' <<<"$out")" "$(sed -n 's/^peak_kb_after //p' <<<"$out")"
+        grep -q '^outcome Risposta inattesa a CONNECT: 220 risposta del server troppo lunga$' <<<"$out" ||
+            { echo "unexpected outcome: $out" >&2; exit 1; }
+    done
+done
+rm -f /tmp/bench-flood.$$

@@ -89,8 +89,9 @@ QCoro::Task<> SMTPSession::settle(ConnectionWaiter& waiter, bool tls) {
     }
     const bool ready =
         m_connection->state() == QAbstractSocket::ConnectedState && (!tls || m_connection->isEncrypted());
+    // A failed handshake leaves nothing to go on with: not even QUIT goes on that connection.
     if (!ready)
-        throw socketFailure();
+        failAndClose(socketFailure());
     // Qt also accepts a certificate by its common name: refused here before a byte goes through it.
     if (tls && !HostNameCheck::matches(m_connection->peerCertificate(), m_config.host))
         failAndClose(SMTPError::transport(QSslError(QSslError::HostNameMismatch).errorString()));
