@@ -12,6 +12,7 @@
 
 #include <sys/resource.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <optional>
 
@@ -48,31 +49,45 @@ QByteArray multiLineReply(qsizetype size) {
 
 constexpr qsizetype piece = 64;
 
-// Nanoseconds per byte and the replies read.
-std::pair<double, int> timeReader(const QByteArray& stream) {
+// Nanoseconds per byte and the replies read, the stream arriving in pieces: `feed` takes one piece and
+// says how many replies it completed.
+template <typename Feed> std::pair<double, int> timePieces(const QByteArray& stream, Feed feed) {
     QElapsedTimer clock;
     clock.start();
-    SMTPReplyReader reader;
     int replies = 0;
-    for (qsizetype at = 0; at < stream.size(); at += piece) {
-        reader.append(QByteArrayView(stream.constData() + at, std::min(piece, stream.size() - at)));
-        while (reader.next())
-            ++replies;
-    }
+    for (qsizetype at = 0; at < stream.size(); at += piece)
+        replies += feed(QByteArrayView(stream.constData() + at, std::min(piece, stream.size() - at)));
     return {double(clock.nsecsElapsed()) / double(stream.size()), replies};
 }
 
+std::pair<double, int> timeReader(const QByteArray& stream) {
+    SMTPReplyReader reader;
+    return timePieces(stream, [&reader](QByteArrayView bytes) {
+        reader.append(bytes);
+        int replies = 0;
+        while (reader.next())
+            ++replies;
+        return replies;
+    });
+}
+
 std::pair<double, int> timeFormer(const QByteArray& stream) {
-    QElapsedTimer clock;
-    clock.start();
     QByteArray buffer;
-    int replies = 0;
-    for (qsizetype at = 0; at < stream.size(); at += piece) {
-        buffer += stream.mid(at, piece);
+    return timePieces(stream, [&buffer](QByteArrayView bytes) {
+        buffer += bytes;
+        int replies = 0;
         while (formerParse(buffer))
             ++replies;
-    }
-    return {double(clock.nsecsElapsed()) / double(stream.size()), replies};
+        return replies;
+    });
+}
+
+// The fastest of five runs: the machine is shared, and a slower run only measures the others.
+template <typename Time> std::pair<double, int> fastest(Time time, const QByteArray& stream) {
+    std::pair<double, int> best = time(stream);
+    for (int i = 1; i < 5; ++i)
+        best = std::min(best, time(stream));
+    return best;
 }
 
 int parse() {
@@ -80,8 +95,8 @@ int parse() {
                 "before/now");
     for (const qsizetype size : {8 * 1024, 16 * 1024, 32 * 1024, 62 * 1024}) {
         const QByteArray stream = multiLineReply(size);
-        const auto now = timeReader(stream);
-        const auto before = timeFormer(stream);
+        const auto now = fastest(timeReader, stream);
+        const auto before = fastest(timeFormer, stream);
         if (now.second != 1 || before.second != 1)
             return 1;
         std::printf("%-34s %10lld %14.1f %14.1f %10.1f\n",
@@ -92,7 +107,7 @@ int parse() {
     for (const int megabytes : {1, 4, 16}) {
         const QByteArray one = multiLineReply(62 * 1024);
         const QByteArray stream = one.repeated(megabytes * 1024 * 1024 / one.size());
-        const auto now = timeReader(stream);
+        const auto now = fastest(timeReader, stream);
         std::printf("%-34s %10lld %14.1f %14s %10s\n",
                     qPrintable(QStringLiteral("%1 MB of 62 KB replies").arg(megabytes)), qlonglong(stream.size()),
                     now.first, "-", "-");
