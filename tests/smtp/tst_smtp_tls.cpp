@@ -102,16 +102,13 @@ void TestSMTP::hostNameCheck_data() {
     row("DNS name", "x", {host}, {}, host, true);
     row("DNS name in other letters", "x", {"SMTP.Prova.Example"}, {}, "smtp.PROVA.example", true);
     row("host with a trailing dot", "x", {host}, {}, host + ".", true);
-    row("one of several names", "x", {"altro.example", host}, {}, host, true);
     // The common name is never looked at.
     row("SAN names another host, CN the host", host, {"altro.prova.example"}, {}, host, false);
     row("no SAN, CN the host", host, {}, {}, host, false);
-    row("SAN holds only an IP, CN the host", host, {}, {"127.0.0.11"}, host, false);
     row("wildcard", "x", {"*.prova.example"}, {}, host, true);
     row("wildcard covers one label only", "x", {"*.prova.example"}, {}, "a.smtp.prova.example", false);
     row("wildcard covers no empty label", "x", {"*.prova.example"}, {}, "prova.example", false);
     row("partial wildcard", "x", {"s*.prova.example"}, {}, host, false);
-    row("wildcard at the end of a label", "x", {"smtp*.prova.example"}, {}, host, false);
     row("wildcard not leftmost", "x", {"smtp.*.example"}, {}, host, false);
     row("wildcard over a top-level domain", "x", {"*.example"}, {}, "prova.example", false);
     row("international name in its ASCII form", "x", {"posta.xn--citt-3na.example"}, {},
