@@ -63,6 +63,8 @@ bool isValidEmailSyntax(const QString& address) {
 }
 
 QString wireAddress(const QString& address) {
+    if (isAscii(address))
+        return address;
     const qsizetype at = address.lastIndexOf(u'@');
     if (at < 0)
         return address;
