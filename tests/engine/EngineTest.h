@@ -78,6 +78,13 @@ private Q_SLOTS:
     void invioDiProvaFallito_data();
     void invioDiProvaFallito();
 
+    // Addresses that smuggle text into commands, and addresses that aren't ASCII.
+    void mittenteNonValido_data();
+    void mittenteNonValido();
+    void dominiAccentati();
+    void provaADominioAccentato_data();
+    void provaADominioAccentato();
+
 private:
     TestCA& ca();
 };
