@@ -32,18 +32,22 @@ void TestEngine::mittenteNonValido_data() {
     QTest::addColumn<QString>("testo"); // empty: the run goes ahead
     const QString mittente = u"Indirizzo mittente non valido"_s;
     QTest::newRow("sender adding SIZE and AUTH to MAIL FROM")
-        << "fromEmail" << "x@y.example> SIZE=1 AUTH=<z@w.example" << true << mittente;
-    QTest::newRow("sender with an ESC") << "fromEmail" << "x\x1b@y.example" << true << mittente;
-    QTest::newRow("sender missing") << "fromEmail" << "" << true << mittente;
+        << "fromEmail"
+        << "x@y.example> SIZE=1 AUTH=<z@w.example" << true << mittente;
+    QTest::newRow("sender with an ESC") << "fromEmail"
+                                        << "x\x1b@y.example" << true << mittente;
+    QTest::newRow("sender missing") << "fromEmail"
+                                    << "" << true << mittente;
     QTest::newRow("sender with an accented local part") << "fromEmail" << u"niccolò@y.example"_s << true << mittente;
-    QTest::newRow("reply address with a bracket")
-        << "replyTo" << "r@y.example>" << true << u"Indirizzo di risposta non valido"_s;
+    QTest::newRow("reply address with a bracket") << "replyTo"
+                                                  << "r@y.example>" << true << u"Indirizzo di risposta non valido"_s;
     QTest::newRow("reply address with a zero-width space")
         << "replyTo" << u"r\u200b@y.example"_s << true << u"Indirizzo di risposta non valido"_s;
     QTest::newRow("unsubscribe address with a comma")
-        << "emailDisiscrizione" << "a@y.example,b@y.example" << true << u"Indirizzo per le cancellazioni non valido"_s;
-    QTest::newRow("unsubscribe address unused without the footer")
-        << "emailDisiscrizione" << "a@y.example,b@y.example" << false << QString();
+        << "emailDisiscrizione"
+        << "a@y.example,b@y.example" << true << u"Indirizzo per le cancellazioni non valido"_s;
+    QTest::newRow("unsubscribe address unused without the footer") << "emailDisiscrizione"
+                                                                   << "a@y.example,b@y.example" << false << QString();
 }
 
 void TestEngine::mittenteNonValido() {
@@ -130,9 +134,9 @@ void TestEngine::provaADominioAccentato_data() {
     QTest::newRow("NOTIFY smuggled into RCPT TO")
         << u"anna@ditta.example> NOTIFY=NEVER"_s
         << u"Invio di prova fallito: Indirizzo per l'invio di prova non valido"_s << QString();
-    QTest::newRow("fullwidth local part") << u"ａｎｎａ@ditta.example"_s
-                                          << u"Invio di prova fallito: Indirizzo per l'invio di prova non valido"_s
-                                          << QString();
+    QTest::newRow("fullwidth local part")
+        << u"ａｎｎａ@ditta.example"_s << u"Invio di prova fallito: Indirizzo per l'invio di prova non valido"_s
+        << QString();
 }
 
 void TestEngine::provaADominioAccentato() {
