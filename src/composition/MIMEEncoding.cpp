@@ -50,12 +50,13 @@ bool isControl(QChar c) {
 constexpr qsizetype foldWidth = 78;        // RFC 5322: lines should stay within 78 characters
 constexpr qsizetype encodedLineWidth = 76; // RFC 2047: a line holding encoded words within 76
 constexpr qsizetype maximumEncodedWord = 75;
-constexpr qsizetype encodedWordOverhead = 12; // "=?UTF-8?B?" and "?="
-constexpr qsizetype minimumEncodedWord = encodedWordOverhead + 4;
+constexpr qsizetype encodedWordOverhead = 12;                     // "=?UTF-8?B?" and "?="
+constexpr qsizetype minimumEncodedWord = encodedWordOverhead + 8; // one character of four bytes
 
-// Plain ASCII whose every word fits on a folded line after its leading blank.
+// Plain ASCII whose every word fits on a folded line after its leading blank. Text that looks like the
+// start of an encoded word is encoded itself, or readers would decode it.
 bool fitsAsItStands(const QString& text) {
-    if (!isAscii(text))
+    if (!isAscii(text) || text.contains(QStringLiteral("=?")))
         return false;
     qsizetype word = 0;
     for (QChar c : text) {
