@@ -19,13 +19,6 @@ void appendHex(QByteArray& out, uchar byte) {
     out.append(piece, 3);
 }
 
-bool isAscii(const QString& text) {
-    for (QChar c : text)
-        if (c.unicode() > 0x7F)
-            return false;
-    return true;
-}
-
 // RFC 5322 specials: a display name holding one of them must be a quoted string, or a parser reads
 // "Rossi, Bianchi" as two addresses.
 bool holdsSpecial(const QString& text) {
@@ -56,7 +49,7 @@ constexpr qsizetype minimumEncodedWord = encodedWordOverhead + 8; // one charact
 // Plain ASCII whose every word fits on a folded line after its leading blank. Text that looks like the
 // start of an encoded word is encoded itself, or readers would decode it.
 bool fitsAsItStands(const QString& text) {
-    if (!isAscii(text) || text.contains(QStringLiteral("=?")))
+    if (!Text::isAscii(text) || text.contains(QStringLiteral("=?")))
         return false;
     qsizetype word = 0;
     for (QChar c : text) {

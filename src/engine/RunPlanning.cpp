@@ -3,8 +3,8 @@
 #include "records/EmailSyntax.h"
 #include "records/Text.h"
 
-#include <QRandomGenerator>
 #include <QCoreApplication>
+#include <QRandomGenerator>
 
 #include <algorithm>
 
@@ -91,10 +91,8 @@ void caricaValori(const Store& store, RecordId listId, QList<Destinatario>& reci
 }
 
 QSet<QString> formaInvio(const QSet<QString>& addresses) {
-    const bool ascii = std::all_of(addresses.cbegin(), addresses.cend(), [](const QString& address) {
-        return std::all_of(address.cbegin(), address.cend(), [](QChar c) { return c.unicode() < 0x80; });
-    });
-    if (ascii)
+    if (std::all_of(addresses.cbegin(), addresses.cend(),
+                    [](const QString& address) { return Text::isAscii(address); }))
         return addresses;
     QSet<QString> converted;
     converted.reserve(addresses.size());

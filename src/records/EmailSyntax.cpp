@@ -2,26 +2,29 @@
 
 #include "records/Text.h"
 
-#include <QStringList>
 #include <QUrl>
 
-namespace {
-bool isAscii(QStringView text) {
-    for (QChar c : text)
-        if (c.unicode() > 0x7F)
-            return false;
-    return true;
-}
+#include <array>
+#include <string_view>
 
+namespace {
 // Control characters, the specials that end or extend an address in a command or a header ("a@b.it>
 // NOTIFY=NEVER"), blanks, and characters that print as nothing, so two addresses can't look the same
 // on screen and differ on the wire.
+constexpr std::array<bool, 128> asciiForbidden = [] {
+    std::array<bool, 128> table{};
+    for (int c = 0; c < 0x20; ++c)
+        table[c] = true;
+    table[0x7F] = true;
+    for (const char c : std::string_view("<>()[]\\,;:\" "))
+        table[static_cast<uchar>(c)] = true;
+    return table;
+}();
+
 bool isForbidden(char32_t u) {
-    if (u < 0x20 || (u >= 0x7F && u <= 0x9F))
-        return true;
     if (u < 0x80)
-        return QStringView(u"<>()[]\\,;:\" ").contains(QChar(u));
-    if (QChar::category(u) == QChar::Other_Format)
+        return asciiForbidden[u];
+    if (u <= 0x9F || QChar::category(u) == QChar::Other_Format)
         return true;
     return u <= 0xFFFF && Text::isWhitespaceOrNewline(QChar(static_cast<char16_t>(u)));
 }
@@ -40,7 +43,7 @@ bool holdsForbidden(const QString& text) {
 }
 
 QString asciiDomain(const QString& domain) {
-    if (isAscii(domain))
+    if (Text::isAscii(domain))
         return domain;
     return QString::fromLatin1(QUrl::toAce(domain));
 }
@@ -52,18 +55,23 @@ bool isValidEmailSyntax(const QString& address) {
         return false;
     if (Text::characterCount(normalized) >= 255)
         return false;
-    const QStringList pieces = normalized.split(u'@', Qt::KeepEmptyParts);
-    if (pieces.size() != 2 || pieces.at(0).isEmpty() || !isAscii(pieces.at(0)))
+    const qsizetype at = normalized.indexOf(u'@');
+    if (at <= 0 || normalized.indexOf(u'@', at + 1) >= 0 || !Text::isAscii(QStringView(normalized).left(at)))
         return false;
     // The shape is judged on the form that goes on the wire, which is also what a server limits.
-    const QString domain = asciiDomain(pieces.at(1));
-    if (pieces.at(0).size() + 1 + domain.size() >= 255)
+    QStringView domain = QStringView(normalized).mid(at + 1);
+    QString ascii;
+    if (!Text::isAscii(domain)) {
+        ascii = asciiDomain(domain.toString());
+        domain = ascii;
+    }
+    if (at + 1 + domain.size() >= 255)
         return false;
     return domain.size() >= 3 && domain.contains(u'.') && !domain.startsWith(u'.') && !domain.endsWith(u'.');
 }
 
 QString wireAddress(const QString& address) {
-    if (isAscii(address))
+    if (Text::isAscii(address))
         return address;
     const qsizetype at = address.lastIndexOf(u'@');
     if (at < 0)
