@@ -141,11 +141,11 @@ QByteArray build(const Message& message) {
     headers.append({QStringLiteral("MIME-Version"), QStringLiteral("1.0")});
     headers.append({QStringLiteral("X-Mailer"), QStringLiteral("Brezzario")});
     headers.append(message.extraHeaders);
-    headers.append({QStringLiteral("Content-Type"), outerType});
 
     Writer w(expected);
     for (const auto& [name, value] : headers)
         w.line(headerLine(name, value));
+    w.line(QStringLiteral("Content-Type: ") + outerType);
     w.line();
 
     if (!mixed.isEmpty())

@@ -73,8 +73,9 @@ QString addressHeader(const QString& name, const QString& email, qsizetype colum
 // allows it (RFC 5322 2.1.1); no CRLF at the end.
 QString headerLine(const QString& name, const QString& value);
 
-// `; parameter="value"` appended to the start of a header line, folded: an ASCII value as a quoted string
-// with `"` and `\` escaped, any other as encoded words inside the quotes.
+// `; parameter="value"` appended to the start of a header line, folded before the parameter and inside
+// the value only: an ASCII value as a quoted string with `"` and `\` escaped, any other as encoded words
+// inside the quotes.
 QString withParameter(const QString& start, const QString& parameter, const QString& value);
 
 // Quoted-printable of the UTF-8 text, with CRLF line ends and lines of at most 76 bytes.

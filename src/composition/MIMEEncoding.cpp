@@ -86,9 +86,9 @@ QString encodedWords(const QString& text, qsizetype column) {
     return out;
 }
 
-// Folds a header line before blanks, as late as 78 columns allow; a word longer than that makes a longer
-// line rather than being cut. No line is left holding blanks only, which some readers drop.
-QString folded(const QString& line) {
+// Folds a header line before blanks from `from` on, as late as 78 columns allow; a word longer than that
+// makes a longer line rather than being cut. No line is left holding blanks only, which some readers drop.
+QString folded(const QString& line, qsizetype from = 0) {
     if (line.size() <= foldWidth)
         return line;
     qsizetype lastText = line.size() - 1;
@@ -101,12 +101,12 @@ QString folded(const QString& line) {
         while (firstText < lastText && line[firstText] == u' ')
             ++firstText;
         qsizetype cut = -1;
-        for (qsizetype p = std::min(start + foldWidth, lastText - 1); p > firstText; --p)
+        for (qsizetype p = std::min(start + foldWidth, lastText - 1); p > firstText && p >= from; --p)
             if (line[p] == u' ') {
                 cut = p;
                 break;
             }
-        for (qsizetype p = std::max(start + foldWidth + 1, firstText + 1); cut < 0 && p < lastText; ++p)
+        for (qsizetype p = std::max({start + foldWidth + 1, firstText + 1, from}); cut < 0 && p < lastText; ++p)
             if (line[p] == u' ')
                 cut = p;
         if (cut < 0)
@@ -174,7 +174,8 @@ QString withParameter(const QString& start, const QString& parameter, const QStr
             column = opening;
         inner = u'"' + encodedWords(clean, column) + u'"';
     }
-    return folded(line + u' ' + parameter + u'=' + inner);
+    // The start (a media type, a disposition) stays on its line whatever its length.
+    return folded(line + u' ' + parameter + u'=' + inner, line.size());
 }
 
 QByteArray quotedPrintable(const QString& text) {

@@ -57,7 +57,8 @@ QString overlongHeaderLine(const QByteArray& bytes) {
             carriesData = text.startsWith("Subject:") || text.startsWith("From:") ||
                           text.startsWith("Content-Disposition: attachment") ||
                           (text.startsWith("Content-Type:") && !text.contains("multipart/"));
-        const bool foldable = text.trimmed().contains(' ');
+        const qsizetype colon = text.indexOf(": ");
+        const bool foldable = text.mid(colon < 0 ? 0 : colon + 2).trimmed().contains(' ');
         if (text.size() > 998 || (carriesData && text.size() > 78 && foldable))
             return QString::fromUtf8(text.left(120));
     }
