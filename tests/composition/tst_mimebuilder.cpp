@@ -245,6 +245,10 @@ void TestMIMEBuilder::readBack() {
     // Folded where long, but with the folds undone the subject is its encoded value.
     QVERIFY(unfoldedHeaders(bytes).contains(
         "\r\nSubject: " + MIMEBuilder::encodeHeaderValue(message.subject, 9).toLatin1() + "\r\n"));
+    // The message's own structure is written as ever: its Content-Type on one line, last of the headers.
+    static const QRegularExpression outerType(QStringLiteral(
+        "\r\nContent-Type: multipart/[a-z]+; (type=\"multipart/alternative\"; )?boundary=\"[^\"\r\n]+\"\r\n\r\n"));
+    QVERIFY(outerType.match(QString::fromLatin1(bytes.left(bytes.indexOf("\r\n\r\n") + 4))).hasMatch());
     const QString overlong = overlongHeaderLine(bytes);
     QVERIFY2(overlong.isEmpty(), qPrintable(overlong));
 
