@@ -197,6 +197,12 @@ void TestMIMEBuilder::readBack_data() {
     hugeAscii.from.name = QStringLiteral("Studio Rossi, ") + QString(1500, u'y');
     QTest::newRow("5,000 ASCII letters without a blank") << hugeAscii << QStringList{} << alternative;
 
+    Message asciiWords = baseMessage();
+    asciiWords.subject = QStringLiteral("Offerta  speciale: sconti fino al 50% ").repeated(80);
+    asciiWords.from.name = QStringLiteral("Rossi, Bianchi & Associati - Studio \"Legale\" ").repeated(20);
+    QTest::newRow("long ASCII subject and quoted name folded at their blanks")
+        << asciiWords << QStringList{} << alternative;
+
     Message names = baseMessage();
     names.attachments = {
         {italian(300) + QStringLiteral(".pdf"), "application/pdf", randomBytes(60, 4)},
