@@ -45,6 +45,7 @@ constexpr qsizetype encodedLineWidth = 76; // RFC 2047: a line holding encoded w
 constexpr qsizetype maximumEncodedWord = 75;
 constexpr qsizetype encodedWordOverhead = 12;                     // "=?UTF-8?B?" and "?="
 constexpr qsizetype minimumEncodedWord = encodedWordOverhead + 8; // one character of four bytes
+constexpr qsizetype lineByteLimit = 990;                          // a margin under the 998 bytes of RFC 5322
 
 // Plain ASCII whose every word fits on a folded line after its leading blank. Text that looks like the
 // start of an encoded word is encoded itself, or readers would decode it.
@@ -86,6 +87,32 @@ QString encodedWords(const QString& text, qsizetype column) {
     return out;
 }
 
+// A server refuses a message with a line past 998 bytes. Only raw text that no blank can shorten gets
+// there (an address or a media type of hundreds of non-ASCII characters, which no valid one is): it is
+// cut with a fold, so its reader sees one blank more rather than the message being lost.
+QString withinLineLimit(const QString& folded) {
+    QString out;
+    qsizetype bytes = 0;
+    for (qsizetype i = 0; i < folded.size(); ++i) {
+        const QChar c = folded[i];
+        if (c == u'\n') {
+            bytes = 0;
+        } else {
+            const bool pair = c.isHighSurrogate() && i + 1 < folded.size() && folded[i + 1].isLowSurrogate();
+            const qsizetype size = c.unicode() < 0x80 ? 1 : c.unicode() < 0x800 ? 2 : pair ? 4 : 3;
+            if (bytes + size > lineByteLimit) {
+                out += QStringLiteral("\r\n ");
+                bytes = 1;
+            }
+            bytes += size;
+            if (pair)
+                out += folded[i++];
+        }
+        out += folded[i];
+    }
+    return out;
+}
+
 // Folds a header line before blanks from `from` on, as late as 78 columns allow; a word longer than that
 // makes a longer line rather than being cut. No line is left holding blanks only, which some readers drop.
 QString folded(const QString& line, qsizetype from = 0) {
@@ -116,7 +143,8 @@ QString folded(const QString& line, qsizetype from = 0) {
         start = cut;
     }
     out += QStringView(line).mid(start);
-    return out;
+    // UTF-8 takes at most three bytes for one UTF-16 unit.
+    return out.size() * 3 > lineByteLimit ? withinLineLimit(out) : out;
 }
 } // namespace
 

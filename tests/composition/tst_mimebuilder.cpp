@@ -229,6 +229,11 @@ void TestMIMEBuilder::readBack_data() {
     QTest::newRow("control characters in every header")
         << controls << QStringList{} << "multipart/mixed(" + alternative + ",application/pdf,application/pdf)";
 
+    // Raw text with no blank to fold at: a line of more than 998 bytes, which servers refuse.
+    Message unbroken = baseMessage();
+    unbroken.to = QString(400, QChar(0xFFFD)) + QStringLiteral("@example.it");
+    QTest::newRow("no blank in hundreds of non-ASCII characters") << unbroken << QStringList{} << alternative;
+
     // Addresses with accented domains went out as raw UTF-8.
     Message accented = baseMessage();
     accented.to = QString::fromUtf16(u"mario@müller.de");
@@ -274,7 +279,8 @@ void TestMIMEBuilder::readBack() {
     QCOMPARE(names, headerNames(message));
     const QJsonObject raw = read["raw"].toObject();
     QCOMPARE(read["subject"].toString(), flattened(message.subject));
-    QCOMPARE(raw["To"].toString(), wireAddress(flattened(message.to)));
+    // A fold where the text had no blank is the one change a reader may see, in text no address has.
+    QCOMPARE(raw["To"].toString().remove(QStringLiteral("\r\n ")), wireAddress(flattened(message.to)));
     if (message.replyTo && !message.replyTo->isEmpty())
         QCOMPARE(raw["Reply-To"].toString(), wireAddress(flattened(*message.replyTo)));
     for (const auto& [name, value] : message.extraHeaders)
