@@ -6,6 +6,7 @@
 
 #include <QHash>
 #include <QLocale>
+#include <QStringList>
 
 #include <algorithm>
 
@@ -92,23 +93,28 @@ QString encodedWords(const QString& text, qsizetype column) {
 // cut with a fold, so its reader sees one blank more rather than the message being lost.
 QString withinLineLimit(const QString& folded) {
     QString out;
-    qsizetype bytes = 0;
-    for (qsizetype i = 0; i < folded.size(); ++i) {
-        const QChar c = folded[i];
-        if (c == u'\n') {
-            bytes = 0;
-        } else {
-            const bool pair = c.isHighSurrogate() && i + 1 < folded.size() && folded[i + 1].isLowSurrogate();
+    const QStringList lines = folded.split(QStringLiteral("\r\n"));
+    for (qsizetype k = 0; k < lines.size(); ++k) {
+        const QString& line = lines[k];
+        if (k > 0)
+            out += QStringLiteral("\r\n");
+        qsizetype bytes = 0;
+        for (qsizetype i = 0; i < line.size(); ++i) {
+            const QChar c = line[i];
+            const bool pair = c.isHighSurrogate() && i + 1 < line.size() && line[i + 1].isLowSurrogate();
             const qsizetype size = c.unicode() < 0x80 ? 1 : c.unicode() < 0x800 ? 2 : pair ? 4 : 3;
             if (bytes + size > lineByteLimit) {
+                // Trailing blanks are dropped rather than left on a line of their own.
+                if (std::all_of(line.cbegin() + i, line.cend(), [](QChar b) { return b == u' '; }))
+                    break;
                 out += QStringLiteral("\r\n ");
                 bytes = 1;
             }
             bytes += size;
+            out += c;
             if (pair)
-                out += folded[i++];
+                out += line[++i];
         }
-        out += folded[i];
     }
     return out;
 }

@@ -150,6 +150,15 @@ void TestMIMEEncoding::headerLine_data() {
         << QStringList{u"Subject: "_s + sixty, u" "_s + QString(20, u'b') + u"   "_s};
     QTest::newRow("a word longer than a line stays whole")
         << QString(90, u'c') + u" d"_s << QStringList{u"Subject:"_s, u" "_s + QString(90, u'c'), u" d"_s};
+    // Raw text with no blank to fold at (an address no test passed): cut before 998 bytes.
+    const QString nineHundredEightyNine = u"a"_s + QString(494, u'é'); // bytes of UTF-8
+    QTest::newRow("full line before a fold stays whole")
+        << nineHundredEightyNine + u" b"_s << QStringList{u"Subject:"_s, u" "_s + nineHundredEightyNine, u" b"_s};
+    QTest::newRow("cut before 998 bytes") << QString(1000, u'é')
+                                          << QStringList{u"Subject:"_s, u" "_s + QString(494, u'é'),
+                                                         u" "_s + QString(494, u'é'), u" "_s + QString(12, u'é')};
+    QTest::newRow("blanks past the cut are dropped")
+        << QString(494, u'é') + u"   "_s << QStringList{u"Subject:"_s, u" "_s + QString(494, u'é') + u" "_s};
     QTest::newRow("control characters blanked")
         << QString::fromUtf16(u"a\u0000b\u001bc\r\nBcc: x@y.it", 18) << QStringList{u"Subject: a b c  Bcc: x@y.it"_s};
 }
