@@ -43,6 +43,22 @@ QByteArray decodedQuotedPrintable(const QByteArray& encoded) {
     return out;
 }
 
+// A header value as RFC 2047 reads it: either text as it stands or encoded words only, the blanks
+// between them dropped. Every word must hold whole UTF-8 characters and stay within 75 characters.
+QString decodedHeader(const QByteArray& value) {
+    if (!value.startsWith("=?UTF-8?B?"))
+        return QString::fromUtf8(value);
+    QString text;
+    for (const QByteArray& word : value.split(' ')) {
+        FUZZ_CHECK(word.size() <= 75 && word.startsWith("=?UTF-8?B?") && word.endsWith("?="));
+        const QByteArray bytes = QByteArray::fromBase64(word.mid(10, word.size() - 12));
+        const QString piece = QString::fromUtf8(bytes);
+        FUZZ_CHECK(piece.toUtf8() == bytes);
+        text += piece;
+    }
+    return text;
+}
+
 void checkQuotedPrintable(const QString& text) {
     const QByteArray encoded = MIMEBuilder::quotedPrintable(text);
     for (const QByteArray& line : encoded.split('\n')) {
@@ -87,11 +103,32 @@ void checkMessage(const QString& text) {
         if (bytes[i] == '\n')
             FUZZ_CHECK(i > 0 && bytes[i - 1] == '\r');
     }
-    // Nothing from the data can add a header or end the header block early.
+    // Nothing from the data can add a header or end the header block early; folded lines begin with a
+    // blank, no line passes 998 bytes and no control character is left in a header.
     const qsizetype end = bytes.indexOf("\r\n\r\n");
     FUZZ_CHECK(end > 0);
-    FUZZ_CHECK(bytes.left(end).count("\r\n") == 8);
-    FUZZ_CHECK(bytes.left(end).contains("\r\nContent-Type: multipart/mixed; boundary=\"----=_Brezzario_mix_"));
+    const QByteArray block = bytes.left(end);
+    int headers = 0;
+    for (const QByteArray& line : block.split('\n')) {
+        const QByteArray content = line.endsWith('\r') ? line.chopped(1) : line;
+        FUZZ_CHECK(content.size() <= 998);
+        FUZZ_CHECK(!content.isEmpty() && content.trimmed().size() > 0);
+        if (!content.startsWith(' '))
+            ++headers;
+        for (const char c : content)
+            FUZZ_CHECK(static_cast<uchar>(c) >= 0x20 && c != 0x7F);
+    }
+    FUZZ_CHECK(headers == 9);
+    FUZZ_CHECK(block.contains("\r\nContent-Type: multipart/mixed; boundary=\"----=_Brezzario_mix_"));
+    for (const QByteArray& line : bytes.split('\n'))
+        FUZZ_CHECK(line.size() <= 999);
+
+    // The subject reads back as the text with its control characters blanked.
+    const QByteArray unfolded = QByteArray(block).replace("\r\n ", " ");
+    const qsizetype subject = unfolded.indexOf("\r\nSubject: ") + 11;
+    FUZZ_CHECK(subject > 11);
+    FUZZ_CHECK(decodedHeader(unfolded.mid(subject, unfolded.indexOf("\r\n", subject) - subject)) ==
+               MIMEBuilder::withoutControls(text));
 }
 } // namespace
 

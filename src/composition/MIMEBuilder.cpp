@@ -1,5 +1,7 @@
 #include "composition/MIMEBuilder.h"
 
+#include "records/EmailSyntax.h"
+
 #include <QRegularExpression>
 #include <QUuid>
 
@@ -10,13 +12,6 @@ constexpr QByteArrayView crlf = "\r\n";
 
 QString boundary(const char* prefix) {
     return QLatin1String(prefix) + QUuid::createUuid().toString(QUuid::Id128).toUpper();
-}
-
-// Nothing that came from data may end a header line early.
-QString flattened(QString value) {
-    value.replace(u'\r', u' ');
-    value.replace(u'\n', u' ');
-    return value;
 }
 
 // Base64 as a strict decoder reads it once unknown characters are ignored: the padded length must be
@@ -130,26 +125,27 @@ QByteArray build(const Message& message) {
                                                         related + u'"';
     const QString outerType = mixed.isEmpty() ? relatedType : multipartType(QStringLiteral("mixed"), mixed);
 
-    QString domain = message.from.email;
+    // Addresses go out with their domains in ASCII form, which every server routes.
+    QString domain = wireAddress(message.from.email);
     domain = domain.mid(domain.lastIndexOf(u'@') + 1);
     QList<QPair<QString, QString>> headers = {
         {QStringLiteral("Date"), rfc5322Date(QDateTime::currentDateTime())},
-        {QStringLiteral("From"), addressHeader(message.from.name, message.from.email)},
-        {QStringLiteral("To"), message.to},
+        {QStringLiteral("From"), addressHeader(message.from.name, message.from.email, 6)},
+        {QStringLiteral("To"), wireAddress(message.to)},
     };
     if (message.replyTo && !message.replyTo->isEmpty())
-        headers.append({QStringLiteral("Reply-To"), *message.replyTo});
-    headers.append({QStringLiteral("Subject"), encodeHeaderValue(message.subject)});
+        headers.append({QStringLiteral("Reply-To"), wireAddress(*message.replyTo)});
+    headers.append({QStringLiteral("Subject"), encodeHeaderValue(message.subject, 9)});
     headers.append({QStringLiteral("Message-ID"),
                     u'<' + QUuid::createUuid().toString(QUuid::WithoutBraces) + u'@' + domain + u'>'});
     headers.append({QStringLiteral("MIME-Version"), QStringLiteral("1.0")});
     headers.append({QStringLiteral("X-Mailer"), QStringLiteral("Brezzario")});
     headers.append(message.extraHeaders);
-    headers.append({QStringLiteral("Content-Type"), outerType});
 
     Writer w(expected);
     for (const auto& [name, value] : headers)
-        w.line(flattened(name) + QStringLiteral(": ") + flattened(value));
+        w.line(headerLine(name, value));
+    w.line(QStringLiteral("Content-Type: ") + outerType);
     w.line();
 
     if (!mixed.isEmpty())
@@ -184,10 +180,12 @@ QByteArray build(const Message& message) {
         w.line();
         for (qsizetype i = 0; i < message.attachments.size(); ++i) {
             const Attachment& attachment = message.attachments[i];
-            const QString name = encodeHeaderValue(attachment.filename);
             writePartHeaders(w, mixed,
-                             {QStringLiteral("Content-Type: %1; name=\"%2\"").arg(flattened(attachment.mimeType), name),
-                              base64, QStringLiteral("Content-Disposition: attachment; filename=\"%1\"").arg(name)});
+                             {withParameter(QStringLiteral("Content-Type: ") + attachment.mimeType,
+                                            QStringLiteral("name"), attachment.filename),
+                              base64,
+                              withParameter(QStringLiteral("Content-Disposition: attachment"),
+                                            QStringLiteral("filename"), attachment.filename)});
             w.append(attachmentParts[i]);
             w.line();
         }

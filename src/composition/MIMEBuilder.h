@@ -55,11 +55,28 @@ ExtractedImages extractInlineImages(const QString& html);
 // "Tue, 3 Mar 2026 09:05:07 +0100", in the machine's time zone.
 QString rfc5322Date(const QDateTime& moment);
 
-// Line ends become blanks; a value with anything but ASCII becomes one UTF-8 base64 encoded word.
-QString encodeHeaderValue(const QString& value);
+// Control characters (C0, DEL, C1: line ends, NUL, ESC…) become blanks, so nothing from the data can end a
+// header line early or reach a reader's terminal.
+QString withoutControls(const QString& value);
 
-// "Name <address>", or the bare address without a name.
-QString addressHeader(const QString& name, const QString& email);
+// Control characters become blanks. A value that is plain ASCII, with no word too long for a folded line,
+// stays as it is; any other becomes a run of UTF-8 base64 encoded words of at most 75 characters, split
+// between whole characters and separated by blanks, where a line may be folded. `column` is where the
+// value starts on its line, so that the first word leaves the line within 76 columns.
+QString encodeHeaderValue(const QString& value, qsizetype column = 0);
+
+// "Name <address>", or the bare address without a name. An ASCII name holding an RFC 5322 special is a
+// quoted string; the domain of the address is in its ASCII form.
+QString addressHeader(const QString& name, const QString& email, qsizetype column = 0);
+
+// "Name: value" folded at the blanks of the value so that lines stay within 78 columns where a blank
+// allows it (RFC 5322 2.1.1); no CRLF at the end.
+QString headerLine(const QString& name, const QString& value);
+
+// `; parameter="value"` appended to the start of a header line, folded before the parameter and inside
+// the value only: an ASCII value as a quoted string with `"` and `\` escaped, any other as encoded words
+// inside the quotes.
+QString withParameter(const QString& start, const QString& parameter, const QString& value);
 
 // Quoted-printable of the UTF-8 text, with CRLF line ends and lines of at most 76 bytes.
 QByteArray quotedPrintable(const QString& text);

@@ -1,10 +1,14 @@
 // The encodings MIMEBuilder uses for header values, text parts and binary parts.
 #include "composition/MIMEBuilder.h"
 
+#include "records/EmailSyntax.h"
 #include "records/Text.h"
 
 #include <QHash>
 #include <QLocale>
+#include <QStringList>
+
+#include <algorithm>
 
 namespace MIMEBuilder {
 
@@ -14,13 +18,6 @@ constexpr char hexDigits[] = "0123456789ABCDEF";
 void appendHex(QByteArray& out, uchar byte) {
     const char piece[3] = {'=', hexDigits[byte >> 4], hexDigits[byte & 0x0F]};
     out.append(piece, 3);
-}
-
-bool isAscii(const QString& text) {
-    for (QChar c : text)
-        if (c.unicode() > 0x7F)
-            return false;
-    return true;
 }
 
 // RFC 5322 specials: a display name holding one of them must be a quoted string, or a parser reads
@@ -38,6 +35,123 @@ QString quotedString(const QString& text) {
     s.replace(u'"', QStringLiteral("\\\""));
     return u'"' + s + u'"';
 }
+
+bool isControl(QChar c) {
+    const char16_t u = c.unicode();
+    return u < 0x20 || (u >= 0x7F && u <= 0x9F);
+}
+
+constexpr qsizetype foldWidth = 78;        // RFC 5322: lines should stay within 78 characters
+constexpr qsizetype encodedLineWidth = 76; // RFC 2047: a line holding encoded words within 76
+constexpr qsizetype maximumEncodedWord = 75;
+constexpr qsizetype encodedWordOverhead = 12;                     // "=?UTF-8?B?" and "?="
+constexpr qsizetype minimumEncodedWord = encodedWordOverhead + 8; // one character of four bytes
+constexpr qsizetype lineByteLimit = 990;                          // a margin under the 998 bytes of RFC 5322
+
+// Plain ASCII whose every word fits on a folded line after its leading blank. Text that looks like the
+// start of an encoded word is encoded itself, or readers would decode it.
+bool fitsAsItStands(const QString& text) {
+    if (!Text::isAscii(text) || text.contains(QStringLiteral("=?")))
+        return false;
+    qsizetype word = 0;
+    for (QChar c : text) {
+        word = c == u' ' ? 0 : word + 1;
+        if (word > foldWidth - 1)
+            return false;
+    }
+    return true;
+}
+
+// UTF-8 base64 encoded words, each holding whole characters only, so every word decodes on its own and
+// readers join them back into the text. The first word fits in what is left of a line that begins at
+// `column`; the others each fit a folded line.
+QString encodedWords(const QString& text, qsizetype column) {
+    const QByteArray bytes = text.toUtf8();
+    const auto capacity = [](qsizetype wordLength) { return (wordLength - encodedWordOverhead) / 4 * 3; };
+    qsizetype room = std::min(maximumEncodedWord, encodedLineWidth - column);
+    if (room < minimumEncodedWord)
+        room = maximumEncodedWord;
+    QString out;
+    qsizetype at = 0;
+    do {
+        qsizetype end = std::min(bytes.size(), at + capacity(room));
+        // Back to the start of a character; a UTF-8 sequence is at most four bytes and a word holds 45.
+        while (end < bytes.size() && end > at && (static_cast<uchar>(bytes[end]) & 0xC0) == 0x80)
+            --end;
+        if (!out.isEmpty())
+            out += u' ';
+        out += QStringLiteral("=?UTF-8?B?") + QString::fromLatin1(bytes.mid(at, end - at).toBase64()) +
+               QStringLiteral("?=");
+        at = end;
+        room = maximumEncodedWord;
+    } while (at < bytes.size());
+    return out;
+}
+
+// A server refuses a message with a line past 998 bytes. Only raw text that no blank can shorten gets
+// there (an address or a media type of hundreds of non-ASCII characters, which no valid one is): it is
+// cut with a fold, so its reader sees one blank more rather than the message being lost.
+QString withinLineLimit(const QString& folded) {
+    QString out;
+    const QStringList lines = folded.split(QStringLiteral("\r\n"));
+    for (qsizetype k = 0; k < lines.size(); ++k) {
+        const QString& line = lines[k];
+        if (k > 0)
+            out += QStringLiteral("\r\n");
+        qsizetype bytes = 0;
+        for (qsizetype i = 0; i < line.size(); ++i) {
+            const QChar c = line[i];
+            const bool pair = c.isHighSurrogate() && i + 1 < line.size() && line[i + 1].isLowSurrogate();
+            const qsizetype size = c.unicode() < 0x80 ? 1 : c.unicode() < 0x800 ? 2 : pair ? 4 : 3;
+            if (bytes + size > lineByteLimit) {
+                // Trailing blanks are dropped rather than left on a line of their own.
+                if (std::all_of(line.cbegin() + i, line.cend(), [](QChar b) { return b == u' '; }))
+                    break;
+                out += QStringLiteral("\r\n ");
+                bytes = 1;
+            }
+            bytes += size;
+            out += c;
+            if (pair)
+                out += line[++i];
+        }
+    }
+    return out;
+}
+
+// Folds a header line before blanks from `from` on, as late as 78 columns allow; a word longer than that
+// makes a longer line rather than being cut. No line is left holding blanks only, which some readers drop.
+QString folded(const QString& line, qsizetype from = 0) {
+    if (line.size() <= foldWidth)
+        return line;
+    qsizetype lastText = line.size() - 1;
+    while (lastText > 0 && line[lastText] == u' ')
+        --lastText;
+    QString out;
+    qsizetype start = 0;
+    while (line.size() - start > foldWidth) {
+        qsizetype firstText = start;
+        while (firstText < lastText && line[firstText] == u' ')
+            ++firstText;
+        qsizetype cut = -1;
+        for (qsizetype p = std::min(start + foldWidth, lastText - 1); p > firstText && p >= from; --p)
+            if (line[p] == u' ') {
+                cut = p;
+                break;
+            }
+        for (qsizetype p = std::max({start + foldWidth + 1, firstText + 1, from}); cut < 0 && p < lastText; ++p)
+            if (line[p] == u' ')
+                cut = p;
+        if (cut < 0)
+            break;
+        out += QStringView(line).mid(start, cut - start);
+        out += QStringLiteral("\r\n");
+        start = cut;
+    }
+    out += QStringView(line).mid(start);
+    // UTF-8 takes at most three bytes for one UTF-16 unit.
+    return out.size() * 3 > lineByteLimit ? withinLineLimit(out) : out;
+}
 } // namespace
 
 QString rfc5322Date(const QDateTime& moment) {
@@ -48,24 +162,54 @@ QString rfc5322Date(const QDateTime& moment) {
            QString::asprintf("%c%02d%02d", offset < 0 ? '-' : '+', magnitude / 60, magnitude % 60);
 }
 
-QString encodeHeaderValue(const QString& value) {
-    QString flat = value;
-    flat.replace(u'\r', u' ');
-    flat.replace(u'\n', u' ');
-    if (isAscii(flat))
-        return flat;
-    return QStringLiteral("=?UTF-8?B?") + QString::fromLatin1(flat.toUtf8().toBase64()) + QStringLiteral("?=");
+QString withoutControls(const QString& value) {
+    QString clean = value;
+    for (QChar& c : clean)
+        if (isControl(c))
+            c = u' ';
+    return clean;
 }
 
-QString addressHeader(const QString& name, const QString& email) {
+QString encodeHeaderValue(const QString& value, qsizetype column) {
+    const QString clean = withoutControls(value);
+    if (fitsAsItStands(clean))
+        return clean;
+    return encodedWords(clean, column);
+}
+
+QString addressHeader(const QString& name, const QString& email, qsizetype column) {
+    const QString address = wireAddress(email);
     const QString trimmed = Text::trimmedWhitespace(name);
     if (trimmed.isEmpty())
-        return email;
-    QString shown = encodeHeaderValue(trimmed);
-    // An encoded word is a single atom already; only plain ASCII needs quoting.
-    if (isAscii(trimmed) && holdsSpecial(shown))
+        return address;
+    const QString clean = withoutControls(trimmed);
+    // Encoded words are atoms already; only a name written as it stands may need quoting.
+    QString shown = fitsAsItStands(clean) ? clean : encodedWords(clean, column);
+    if (shown == clean && holdsSpecial(shown))
         shown = quotedString(shown);
-    return shown + QStringLiteral(" <") + email + u'>';
+    return shown + QStringLiteral(" <") + address + u'>';
+}
+
+QString headerLine(const QString& name, const QString& value) {
+    return folded(withoutControls(name) + QStringLiteral(": ") + withoutControls(value));
+}
+
+QString withParameter(const QString& start, const QString& parameter, const QString& value) {
+    const QString line = withoutControls(start) + u';';
+    const QString clean = withoutControls(value);
+    QString inner;
+    if (fitsAsItStands(clean)) {
+        inner = quotedString(clean);
+    } else {
+        const qsizetype opening = parameter.size() + 3; // blank, name, equals sign, quote
+        qsizetype column = line.size() + opening;
+        // With no room left for a word, the line is folded before the parameter.
+        if (column > encodedLineWidth - minimumEncodedWord)
+            column = opening;
+        inner = u'"' + encodedWords(clean, column) + u'"';
+    }
+    // The start (a media type, a disposition) stays on its line whatever its length.
+    return folded(line + u' ' + parameter + u'=' + inner, line.size());
 }
 
 QByteArray quotedPrintable(const QString& text) {

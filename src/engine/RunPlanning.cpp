@@ -3,7 +3,10 @@
 #include "records/EmailSyntax.h"
 #include "records/Text.h"
 
+#include <QCoreApplication>
 #include <QRandomGenerator>
+
+#include <algorithm>
 
 namespace RunPlanning {
 
@@ -45,13 +48,15 @@ Plan plan(const Campaign& campaign, const std::optional<ContactList>& list, cons
     Plan result;
     if (!list)
         return result;
-    const QSet<QString> delivered = campaign.skipDuplicates ? store.sentEmails(campaign.id) : QSet<QString>();
+    const QSet<QString> delivered =
+        campaign.skipDuplicates ? formaInvio(store.sentEmails(campaign.id)) : QSet<QString>();
+    const QSet<QString> excluded = formaInvio(suppressed);
     QSet<QString> seen;
     const QList<Store::RigaDaPianificare> rows = store.righeDaPianificare(list->id);
     result.recipients.reserve(rows.size());
     seen.reserve(rows.size());
     for (const Store::RigaDaPianificare& row : rows) {
-        const QString email = Text::normalizedAddress(row.email);
+        const QString email = wireAddress(Text::normalizedAddress(row.email));
         std::optional<SkipReason> reason;
         if (row.isExcluded)
             reason = SkipReason::excludedRow;
@@ -59,7 +64,7 @@ Plan plan(const Campaign& campaign, const std::optional<ContactList>& list, cons
             reason = SkipReason::invalidEmail;
         else if (seen.contains(email))
             reason = SkipReason::duplicateInList;
-        else if (suppressed.contains(email))
+        else if (excluded.contains(email))
             reason = SkipReason::suppressed;
         else if (delivered.contains(email))
             reason = SkipReason::alreadySent;
@@ -83,6 +88,31 @@ void caricaValori(const Store& store, RecordId listId, QList<Destinatario>& reci
     QList<QByteArray> valori = store.valoriCodificati(listId, ids);
     for (qsizetype i = 0; i < recipients.size(); ++i)
         recipients[i].valoriCodificati = std::move(valori[i]);
+}
+
+QSet<QString> formaInvio(const QSet<QString>& addresses) {
+    if (std::all_of(addresses.cbegin(), addresses.cend(),
+                    [](const QString& address) { return Text::isAscii(address); }))
+        return addresses;
+    QSet<QString> converted;
+    converted.reserve(addresses.size());
+    for (const QString& address : addresses)
+        converted.insert(wireAddress(address));
+    return converted;
+}
+
+std::optional<QString> indirizziNonValidi(SMTPConfig& config) {
+    if (!isValidEmailSyntax(config.fromEmail))
+        return QCoreApplication::translate("SendEngine", "Indirizzo mittente non valido");
+    if (!Text::isBlank(config.replyTo) && !isValidEmailSyntax(config.replyTo))
+        return QCoreApplication::translate("SendEngine", "Indirizzo di risposta non valido");
+    // The unsubscribe address only counts where the footer puts it in the message.
+    if (config.piePaginaAttivo && !Text::isBlank(config.emailDisiscrizione) &&
+        !isValidEmailSyntax(config.emailDisiscrizione))
+        return QCoreApplication::translate("SendEngine", "Indirizzo per le cancellazioni non valido");
+    config.fromEmail = wireAddress(Text::trimmedWhitespaceAndNewlines(config.fromEmail));
+    config.replyTo = wireAddress(Text::trimmedWhitespaceAndNewlines(config.replyTo));
+    return std::nullopt;
 }
 
 std::optional<ContactList> listaValida(const Campaign& campaign, const Store& store) {

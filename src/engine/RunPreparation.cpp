@@ -1,10 +1,24 @@
 #include "engine/Corsa.h"
 
 #include "checks/MXCheck.h"
+#include "records/EmailSyntax.h"
 #include "settings/SettingsStore.h"
 #include "smtp/SMTPSession.h"
 
 #include <algorithm>
+
+namespace {
+// Rows whose address has an accented domain also answer to its ASCII form, the one their outcome carries.
+QHash<QString, QList<ContactRow>> righeInFormaInvio(QHash<QString, QList<ContactRow>> righe) {
+    QList<QString> accentate;
+    for (auto it = righe.cbegin(); it != righe.cend(); ++it)
+        if (wireAddress(it.key()) != it.key()) // no copy for an ASCII address
+            accentate.append(it.key());
+    for (const QString& chiave : std::as_const(accentate))
+        righe[wireAddress(chiave)].append(righe.take(chiave));
+    return righe;
+}
+} // namespace
 
 Corsa::Corsa(SendEngine& engine, Store& store) : m_engine(engine), m_vivo(&engine), m_store(store) {}
 
@@ -31,6 +45,13 @@ QCoro::Task<bool> Corsa::prepara(Campaign campaign, SettingsStore& settings) {
     m_engine.setDescrizione(campaign.name, m_config.fromEmail,
                             m_config.host + QStringLiteral(":") + QString::number(m_config.port), servizio,
                             m_config.delayBetweenMessages);
+    // A bad sender would fail every recipient, or carry text of its own into MAIL FROM: nothing starts.
+    if (const std::optional<QString> errore = RunPlanning::indirizziNonValidi(m_config)) {
+        m_engine.setLastError(*errore);
+        m_engine.append(tr("Invio non avviato: ") + *errore);
+        m_engine.setRunning(false);
+        co_return false;
+    }
 
     // A resumed campaign sends the text of its first run, whatever the template says now.
     if (campaign.snapshotHTML.isEmpty()) {
@@ -47,9 +68,10 @@ QCoro::Task<bool> Corsa::prepara(Campaign campaign, SettingsStore& settings) {
     contesto.nomeCampagna = campaign.name;
     contesto.servizio = servizio;
     contesto.escludiRifiutati = m_config.escludiRifiutati;
-    contesto.suppressed = m_store.suppressedEmails();
+    // Recipients are known by the form they go on the wire in, so the maps of the outcomes are too.
+    contesto.suppressed = RunPlanning::formaInvio(m_store.suppressedEmails());
     RunPlanning::Plan piano = RunPlanning::plan(campaign, lista, contesto.suppressed, m_store);
-    contesto.righe = m_store.righePerEmail();
+    contesto.righe = righeInFormaInvio(m_store.righePerEmail());
     m_registro = std::make_unique<OutcomeRecorder>(m_engine, m_store, std::move(contesto));
     for (const RunPlanning::Skip& salto : std::as_const(piano.skips))
         m_registro->salto(salto.email, salto.reason, campaign.snapshotSubject);

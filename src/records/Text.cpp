@@ -88,4 +88,11 @@ qsizetype characterCount(const QString& text) {
     return count;
 }
 
+bool isAscii(QStringView text) {
+    for (QChar c : text)
+        if (c.unicode() > 0x7F)
+            return false;
+    return true;
+}
+
 } // namespace Text

@@ -23,4 +23,6 @@ QString normalizedAddress(const QString& text);
 
 qsizetype characterCount(const QString& text);
 
+bool isAscii(QStringView text);
+
 } // namespace Text

@@ -80,6 +80,13 @@ private Q_SLOTS:
     void cifratura_data();
     void cifratura();
 
+    // Addresses that smuggle text into commands, and addresses that aren't ASCII.
+    void mittenteNonValido_data();
+    void mittenteNonValido();
+    void dominiAccentati();
+    void provaADominioAccentato_data();
+    void provaADominioAccentato();
+
 private:
     TestCA& ca();
 };

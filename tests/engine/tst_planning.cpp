@@ -1,7 +1,10 @@
 #include "engine/RunPlanning.h"
+#include "records/EmailSyntax.h"
 #include "records/Text.h"
 #include "TempStore.h"
 #include "TestEnvironment.h"
+
+using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
@@ -48,6 +51,8 @@ class TestPlanning : public QObject {
 private Q_SLOTS:
     void plan_data();
     void plan();
+    void sendingAddresses_data();
+    void sendingAddresses();
     void staleReferencesReadAsAbsent();
 };
 
@@ -89,6 +94,20 @@ void TestPlanning::plan_data() {
     QTest::newRow("an excluded row shadows nothing")
         << QStringList{"!e@b.it", "e@b.it"} << true << QStringList{} << QStringList{} << QStringList{"e@b.it"}
         << Skips{{"e@b.it", excluded}};
+    // Accented domains: compared, and planned, in their ASCII form.
+    QTest::newRow("an accented domain and its ASCII form are one recipient")
+        << QStringList{u"a@müller.it"_s, u"A@XN--MLLER-KVA.it"_s} << true << QStringList{} << QStringList{}
+        << QStringList{u"a@xn--mller-kva.it"_s} << Skips{{u"a@xn--mller-kva.it"_s, duplicate}};
+    QTest::newRow("an exclusion in either form holds for both")
+        << QStringList{u"s@xn--mller-kva.it"_s, u"t@müller.it"_s} << true << QStringList{}
+        << QStringList{u"s@müller.it"_s, u"t@xn--mller-kva.it"_s} << QStringList{}
+        << Skips{{u"s@xn--mller-kva.it"_s, suppressed}, {u"t@xn--mller-kva.it"_s, suppressed}};
+    QTest::newRow("delivered under the accented form")
+        << QStringList{u"d@xn--mller-kva.it"_s} << true << QStringList{u"d@müller.it"_s} << QStringList{}
+        << QStringList{} << Skips{{u"d@xn--mller-kva.it"_s, already}};
+    QTest::newRow("smuggled parameters and accented local parts are invalid")
+        << QStringList{u"a@b.it> NOTIFY=NEVER"_s, u"niccolò@b.it"_s} << true << QStringList{} << QStringList{}
+        << QStringList{} << Skips{{u"a@b.it> notify=never"_s, invalid}, {u"niccolò@b.it"_s, invalid}};
     QTest::newRow("suppressed comes before already sent")
         << QStringList{"x@b.it"} << true << QStringList{"x@b.it"} << QStringList{"x@b.it"} << QStringList{}
         << Skips{{"x@b.it", suppressed}};
@@ -112,7 +131,7 @@ void TestPlanning::plan() {
         planned << recipient.email;
         const RowValues values = recipient.values();
         QCOMPARE(values.value("nome"), QStringLiteral("N"));
-        QCOMPARE(Text::normalizedAddress(values.value("email")), recipient.email);
+        QCOMPARE(wireAddress(Text::normalizedAddress(values.value("email"))), recipient.email);
         QCOMPARE(recipient.id.version(), QUuid::Random);
         ids.insert(recipient.id);
     }
@@ -122,6 +141,37 @@ void TestPlanning::plan() {
     for (const auto& skip : plan.skips)
         found.append({skip.email, RunPlanning::rawValue(skip.reason)});
     QCOMPARE(found, skips);
+}
+
+void TestPlanning::sendingAddresses_data() {
+    QTest::addColumn<QString>("fromEmail");
+    QTest::addColumn<QString>("replyTo");
+    QTest::addColumn<QString>("error");
+    QTest::addColumn<QString>("wireFrom"); // with no error
+    QTest::addColumn<QString>("wireReplyTo");
+    QTest::newRow("trimmed, case kept") << u" Info@Ditta.it\n"_s << u""_s << QString() << u"Info@Ditta.it"_s << u""_s;
+    QTest::newRow("accented domains in ASCII form")
+        << u"info@città.it"_s << u"r@müller.de"_s << QString() << u"info@xn--citt-3na.it"_s << u"r@xn--mller-kva.de"_s;
+    QTest::newRow("blank reply address is none") << u"a@b.it"_s << u"  "_s << QString() << u"a@b.it"_s << u""_s;
+    QTest::newRow("sender first") << u"a@b.it>"_s << u"r@b.it>"_s << u"Indirizzo mittente non valido"_s << QString()
+                                  << QString();
+}
+
+void TestPlanning::sendingAddresses() {
+    QFETCH(QString, fromEmail);
+    QFETCH(QString, replyTo);
+    QFETCH(QString, error);
+    QFETCH(QString, wireFrom);
+    QFETCH(QString, wireReplyTo);
+    SMTPConfig config;
+    config.fromEmail = fromEmail;
+    config.replyTo = replyTo;
+    const std::optional<QString> result = RunPlanning::indirizziNonValidi(config);
+    QCOMPARE(result.value_or(QString()), error);
+    if (!result) {
+        QCOMPARE(config.fromEmail, wireFrom);
+        QCOMPARE(config.replyTo, wireReplyTo);
+    }
 }
 
 void TestPlanning::staleReferencesReadAsAbsent() {

@@ -6,11 +6,15 @@
 #include "records/Text.h"
 #include "TestEnvironment.h"
 
+using namespace Qt::Literals::StringLiterals;
+
 class TestRecords : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void emailSyntax_data();
     void emailSyntax();
+    void wireAddress_data();
+    void wireAddress();
     void trimming_data();
     void trimming();
     void characterCount_data();
@@ -53,14 +57,58 @@ void TestRecords::emailSyntax_data() {
     QTest::newRow("inner DEL") << "mario\x7f@example.it" << false;
     QTest::newRow("inner C1 NEL") << QString::fromUtf16(u"mario\u0085x@example.it") << false;
     QTest::newRow("inner C1 CSI") << QString::fromUtf16(u"mario\u009bx@example.it") << false;
-    QTest::newRow("accented local part") << QString::fromUtf16(u"niccolò@example.it") << true;
     QTest::newRow("no-break space around") << QString::fromUtf16(u"\u00a0a@b.it\u00a0") << true;
+
+    // Parameters smuggled through an address into MAIL FROM or RCPT TO.
+    QTest::newRow("closing bracket after the domain") << "a@dest.example>" << false;
+    QTest::newRow("sender adding SIZE and AUTH") << "x@y.example> SIZE=1 AUTH=<z@w.example" << false;
+    QTest::newRow("test address adding NOTIFY") << "a@dest.example>NOTIFY=NEVER" << false;
+    for (const char* special : {"<", "(", ")", "[", "]", "\\", ",", ";", ":", "\""})
+        QTest::addRow("special %s in the local part", special)
+            << QStringLiteral("ma%1rio@example.it").arg(special) << false;
+    QTest::newRow("special in the domain") << "mario@exam;ple.it" << false;
+
+    // Characters that print as nothing or as a blank.
+    const QList<QPair<const char*, char32_t>> invisible = {
+        {"zero-width space", 0x200B},    {"zero-width non-joiner", 0x200C}, {"zero-width joiner", 0x200D},
+        {"byte order mark", 0xFEFF},     {"soft hyphen", 0x00AD},           {"line separator", 0x2028},
+        {"paragraph separator", 0x2029}, {"no-break space inside", 0x00A0}, {"language tag", 0xE0001},
+    };
+    for (const auto& [name, code] : invisible) {
+        QTest::addRow("%s in the local part", name)
+            << u"mario"_s + QStringView(QChar::fromUcs4(code)).toString() + u"@example.it"_s << false;
+        QTest::addRow("%s in the domain", name)
+            << u"mario@exa"_s + QStringView(QChar::fromUcs4(code)).toString() + u"mple.it"_s << false;
+    }
+
+    // Addresses that aren't ASCII: the domain has an ASCII form, the local part must be ASCII already.
+    QTest::newRow("accented local part") << u"niccolò@example.it"_s << false;
+    QTest::newRow("fullwidth local part") << u"ｍａｒｉｏ@example.it"_s << false;
+    QTest::newRow("accented domain") << u"mario@müller.de"_s << true;
+    QTest::newRow("fullwidth domain") << u"mario@ｅｘａｍｐｌｅ.it"_s << true;
+    QTest::newRow("accented domain too long on the wire") << QString(240, u'a') + u"@città.it"_s << false;
 }
 
 void TestRecords::emailSyntax() {
     QFETCH(QString, address);
     QFETCH(bool, valid);
     QCOMPARE(isValidEmailSyntax(address), valid);
+}
+
+void TestRecords::wireAddress_data() {
+    QTest::addColumn<QString>("address");
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("ASCII as it stands") << u"Mario.Rossi@Example.it"_s << u"Mario.Rossi@Example.it"_s;
+    QTest::newRow("accented domain") << u"mario@müller.de"_s << u"mario@xn--mller-kva.de"_s;
+    QTest::newRow("only the labels that need it") << u"a@posta.città.it"_s << u"a@posta.xn--citt-3na.it"_s;
+    QTest::newRow("fullwidth domain") << u"mario@ｅｘａｍｐｌｅ.it"_s << u"mario@example.it"_s;
+    QTest::newRow("no at sign") << u"città.it"_s << u"città.it"_s;
+}
+
+void TestRecords::wireAddress() {
+    QFETCH(QString, address);
+    QFETCH(QString, expected);
+    QCOMPARE(::wireAddress(address), expected);
 }
 
 void TestRecords::trimming_data() {
