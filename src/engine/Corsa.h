@@ -48,5 +48,7 @@ private:
     MessageTemplate m_modello; // subject and HTML from the campaign's snapshot, the rest live
     QList<RunPlanning::Destinatario> m_destinatari;
     QList<MIMEBuilder::Attachment> m_allegati;
+    // The template's pictures, taken out of its HTML and encoded once for the whole run.
+    QList<MIMEBuilder::InlineImage> m_immagini;
     std::unique_ptr<OutcomeRecorder> m_registro;
 };

@@ -1,24 +1,10 @@
 #include "engine/RunPlanning.h"
 
+#include "records/Casuale.h"
 #include "records/EmailSyntax.h"
 #include "records/Text.h"
 
-#include <QRandomGenerator>
-
 namespace RunPlanning {
-
-namespace {
-// A random (version 4) identity from the process's seeded generator: the system generator behind
-// QUuid::createUuid costs a system call each, which a plan of 100,000 rows feels.
-QUuid nuovoId() {
-    quint64 bits[2];
-    QRandomGenerator::global()->fillRange(bits);
-    QByteArray bytes(reinterpret_cast<const char*>(bits), sizeof bits);
-    bytes[6] = char((bytes[6] & 0x0F) | 0x40);
-    bytes[8] = char((bytes[8] & 0x3F) | 0x80);
-    return QUuid::fromRfc4122(bytes);
-}
-} // namespace
 
 QString rawValue(SkipReason reason) {
     switch (reason) {
@@ -70,7 +56,7 @@ Plan plan(const Campaign& campaign, const std::optional<ContactList>& list, cons
         }
         // Only an accepted row enters the seen set, so an excluded or suppressed row shadows nothing.
         seen.insert(email);
-        result.recipients.append({nuovoId(), email, row.id, {}});
+        result.recipients.append({uuidCasuale(), email, row.id, {}});
     }
     return result;
 }

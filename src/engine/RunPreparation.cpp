@@ -40,7 +40,11 @@ QCoro::Task<bool> Corsa::prepara(Campaign campaign, SettingsStore& settings) {
     m_campagna = campaign;
     m_modello = *modello;
     m_modello.subject = campaign.snapshotSubject;
-    m_modello.html = campaign.snapshotHTML;
+    // Rendering and building would otherwise scan and decode the template's pictures for every recipient.
+    MIMEBuilder::ExtractedImages immagini = MIMEBuilder::extractInlineImages(campaign.snapshotHTML);
+    m_modello.html = std::move(immagini.html);
+    m_immagini = std::move(immagini.images);
+    MIMEBuilder::codifica(m_immagini);
 
     OutcomeRecorder::Contesto contesto;
     contesto.campagna = campaign.id;
@@ -68,6 +72,7 @@ QCoro::Task<bool> Corsa::prepara(Campaign campaign, SettingsStore& settings) {
 
     for (const TemplateAttachment& allegato : m_store.attachments(modello->id))
         m_allegati.append({allegato.filename, allegato.mimeType, allegato.data});
+    MIMEBuilder::codifica(m_allegati);
     co_return true;
 }
 
