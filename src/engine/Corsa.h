@@ -30,6 +30,13 @@ public:
     QCoro::Task<> consegna();
 
 private:
+    // Pages of the preparation: each takes a few milliseconds on this machine's kind of hardware.
+    static constexpr int righePerPagina = 5000;
+    static constexpr int saltiPerPagina = 500;
+
+    // Lets the event loop turn; false when the engine went away meanwhile.
+    QCoro::Task<bool> cedi();
+    QCoro::Task<bool> righeDegliIndirizzi(const RunPlanning::Plan& piano, QHash<QString, QList<RecordId>>& righe);
     QCoro::Task<> controllaDomini();
     void tagliaAllaQuota();
     void salvaStato(CampaignStatus stato);

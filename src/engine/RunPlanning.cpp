@@ -26,16 +26,12 @@ QString rawValue(SkipReason reason) {
     return {};
 }
 
-Plan plan(const Campaign& campaign, const std::optional<ContactList>& list, const QSet<QString>& suppressed,
-          const Store& store) {
-    Plan result;
-    if (!list)
-        return result;
-    const QSet<QString> delivered = campaign.skipDuplicates ? store.sentEmails(campaign.id) : QSet<QString>();
-    QSet<QString> seen;
-    const QList<Store::RigaDaPianificare> rows = store.righeDaPianificare(list->id);
-    result.recipients.reserve(rows.size());
-    seen.reserve(rows.size());
+Pianificatore::Pianificatore(const Campaign& campaign, const QSet<QString>& suppressed, const Store& store)
+    : m_suppressed(suppressed), m_delivered(campaign.skipDuplicates ? store.sentEmails(campaign.id) : QSet<QString>()) {
+}
+
+void Pianificatore::aggiungi(const QList<Store::RigaDaPianificare>& rows) {
+    m_plan.recipients.reserve(m_plan.recipients.size() + rows.size());
     for (const Store::RigaDaPianificare& row : rows) {
         const QString email = Text::normalizedAddress(row.email);
         std::optional<SkipReason> reason;
@@ -43,32 +39,42 @@ Plan plan(const Campaign& campaign, const std::optional<ContactList>& list, cons
             reason = SkipReason::excludedRow;
         else if (!isValidEmailSyntax(email))
             reason = SkipReason::invalidEmail;
-        else if (seen.contains(email))
+        else if (m_seen.contains(email))
             reason = SkipReason::duplicateInList;
-        else if (suppressed.contains(email))
+        else if (m_suppressed.contains(email))
             reason = SkipReason::suppressed;
-        else if (delivered.contains(email))
+        else if (m_delivered.contains(email))
             reason = SkipReason::alreadySent;
         if (reason) {
             const bool vuoto = *reason == SkipReason::invalidEmail && email.isEmpty();
-            result.skips.append({vuoto ? QStringLiteral("(vuoto)") : email, *reason});
+            m_plan.skips.append({vuoto ? QStringLiteral("(vuoto)") : email, *reason});
             continue;
         }
         // Only an accepted row enters the seen set, so an excluded or suppressed row shadows nothing.
-        seen.insert(email);
-        result.recipients.append({uuidCasuale(), email, row.id, {}});
+        m_seen.insert(email);
+        m_plan.recipients.append({uuidCasuale(), email, row.id, {}});
     }
-    return result;
 }
 
-void caricaValori(const Store& store, RecordId listId, QList<Destinatario>& recipients) {
+Plan plan(const Campaign& campaign, const std::optional<ContactList>& list, const QSet<QString>& suppressed,
+          const Store& store) {
+    if (!list)
+        return {};
+    Pianificatore pianificatore(campaign, suppressed, store);
+    pianificatore.aggiungi(store.righeDaPianificare(list->id));
+    return std::move(pianificatore).risultato();
+}
+
+void caricaValori(const Store& store, RecordId listId, QList<Destinatario>& recipients, qsizetype da, qsizetype a) {
+    if (a < 0 || a > recipients.size())
+        a = recipients.size();
     QList<RecordId> ids;
-    ids.reserve(recipients.size());
-    for (const Destinatario& destinatario : std::as_const(recipients))
-        ids.append(destinatario.rowId);
+    ids.reserve(a - da);
+    for (qsizetype i = da; i < a; ++i)
+        ids.append(recipients.at(i).rowId);
     QList<QByteArray> valori = store.valoriCodificati(listId, ids);
-    for (qsizetype i = 0; i < recipients.size(); ++i)
-        recipients[i].valoriCodificati = std::move(valori[i]);
+    for (qsizetype i = da; i < a; ++i)
+        recipients[i].valoriCodificati = std::move(valori[i - da]);
 }
 
 std::optional<ContactList> listaValida(const Campaign& campaign, const Store& store) {

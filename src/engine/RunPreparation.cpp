@@ -1,10 +1,14 @@
 #include "engine/Corsa.h"
 
 #include "checks/MXCheck.h"
+#include "records/Text.h"
 #include "settings/SettingsStore.h"
 #include "smtp/SMTPSession.h"
 
+#include <QCoro/QCoroTimer>
+
 #include <algorithm>
+#include <chrono>
 
 Corsa::Corsa(SendEngine& engine, Store& store) : m_engine(engine), m_vivo(&engine), m_store(store) {}
 
@@ -52,11 +56,33 @@ QCoro::Task<bool> Corsa::prepara(Campaign campaign, SettingsStore& settings) {
     contesto.servizio = servizio;
     contesto.escludiRifiutati = m_config.escludiRifiutati;
     contesto.suppressed = m_store.suppressedEmails();
-    RunPlanning::Plan piano = RunPlanning::plan(campaign, lista, contesto.suppressed, m_store);
-    contesto.righe = m_store.righePerEmail();
+    // Large lists are read a page at a time, letting the event loop turn in between: the window, the
+    // dashboard and any other run stay live while this one prepares.
+    RunPlanning::Pianificatore pianificatore(campaign, contesto.suppressed, m_store);
+    for (RecordId dopo = 0;;) {
+        const QList<Store::RigaDaPianificare> pagina = m_store.righeDaPianificare(lista->id, dopo, righePerPagina);
+        pianificatore.aggiungi(pagina);
+        if (pagina.size() < righePerPagina)
+            break;
+        dopo = pagina.constLast().id;
+        const bool avanti = co_await cedi();
+        if (!avanti)
+            co_return false;
+    }
+    RunPlanning::Plan piano = std::move(pianificatore).risultato();
+    const bool righeLette = co_await righeDegliIndirizzi(piano, contesto.righe);
+    if (!righeLette)
+        co_return false;
     m_registro = std::make_unique<OutcomeRecorder>(m_engine, m_store, std::move(contesto));
-    for (const RunPlanning::Skip& salto : std::as_const(piano.skips))
-        m_registro->salto(salto.email, salto.reason, campaign.snapshotSubject);
+    for (qsizetype i = 0; i < piano.skips.size(); ++i) {
+        m_registro->salto(piano.skips.at(i).email, piano.skips.at(i).reason, campaign.snapshotSubject);
+        if ((i + 1) % saltiPerPagina != 0)
+            continue;
+        const bool avanti = co_await cedi();
+        if (!avanti)
+            co_return false;
+    }
+    piano.skips.clear();
     m_destinatari = std::move(piano.recipients);
 
     tagliaAllaQuota();
@@ -66,7 +92,12 @@ QCoro::Task<bool> Corsa::prepara(Campaign campaign, SettingsStore& settings) {
             co_return false;
     }
     // Values only for those who will get a message: the quota and the domain check have had their say.
-    RunPlanning::caricaValori(m_store, lista->id, m_destinatari);
+    for (qsizetype da = 0; da < m_destinatari.size(); da += righePerPagina) {
+        RunPlanning::caricaValori(m_store, lista->id, m_destinatari, da, da + righePerPagina);
+        const bool avanti = co_await cedi();
+        if (!avanti)
+            co_return false;
+    }
     m_engine.setTotal(m_destinatari.size());
     salvaStato(CampaignStatus::running);
 
@@ -74,6 +105,35 @@ QCoro::Task<bool> Corsa::prepara(Campaign campaign, SettingsStore& settings) {
         m_allegati.append({allegato.filename, allegato.mimeType, allegato.data});
     MIMEBuilder::codifica(m_allegati);
     co_return true;
+}
+
+QCoro::Task<bool> Corsa::cedi() {
+    co_await QCoro::sleepFor(std::chrono::milliseconds(0));
+    co_return vivo();
+}
+
+QCoro::Task<bool> Corsa::righeDegliIndirizzi(const RunPlanning::Plan& piano, QHash<QString, QList<RecordId>>& righe) {
+    // Only the rows of this run's addresses, in every list, and only their identities.
+    QSet<QString> indirizzi;
+    indirizzi.reserve(piano.recipients.size() + piano.skips.size());
+    for (const RunPlanning::Destinatario& destinatario : piano.recipients)
+        indirizzi.insert(destinatario.email);
+    for (const RunPlanning::Skip& salto : piano.skips)
+        indirizzi.insert(salto.email);
+    for (RecordId dopo = 0;;) {
+        const QList<QPair<RecordId, QString>> pagina = m_store.indirizziRighe(dopo, righePerPagina);
+        for (const auto& [id, email] : pagina) {
+            const QString normalizzato = Text::normalizedAddress(email);
+            if (indirizzi.contains(normalizzato))
+                righe[normalizzato].append(id);
+        }
+        if (pagina.size() < righePerPagina)
+            co_return true;
+        dopo = pagina.constLast().first;
+        const bool avanti = co_await cedi();
+        if (!avanti)
+            co_return false;
+    }
 }
 
 void Corsa::tagliaAllaQuota() {
