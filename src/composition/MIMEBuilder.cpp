@@ -1,6 +1,7 @@
 #include "composition/MIMEBuilder.h"
 
 #include "records/EmailSyntax.h"
+#include "records/Casuale.h"
 
 #include <QRegularExpression>
 #include <QUuid>
@@ -11,7 +12,7 @@ namespace {
 constexpr QByteArrayView crlf = "\r\n";
 
 QString boundary(const char* prefix) {
-    return QLatin1String(prefix) + QUuid::createUuid().toString(QUuid::Id128).toUpper();
+    return QLatin1String(prefix) + uuidCasuale().toString(QUuid::Id128).toUpper();
 }
 
 // Base64 as a strict decoder reads it once unknown characters are ignored: the padded length must be
@@ -66,13 +67,16 @@ QString multipartType(const QString& subtype, const QString& boundary) {
 }
 } // namespace
 
-ExtractedImages extractInlineImages(const QString& html) {
+ExtractedImages extractInlineImages(const QString& html, int numeroIniziale) {
     static const QRegularExpression dataURI(QStringLiteral("data:(image/[a-zA-Z0-9.+-]+);base64,([A-Za-z0-9+/=\\s]+)"),
                                             QRegularExpression::UseUnicodePropertiesOption);
 
     ExtractedImages result;
     qsizetype cursor = 0;
-    int counter = 0;
+    int counter = numeroIniziale;
+    // Most pages hold no picture: the cheap test spares them the expression.
+    if (!html.contains(QLatin1String("data:image/"), Qt::CaseInsensitive))
+        return {html, {}};
     auto it = dataURI.globalMatch(html);
     while (it.hasNext()) {
         const QRegularExpressionMatch match = it.next();
@@ -88,7 +92,7 @@ ExtractedImages extractInlineImages(const QString& html) {
         const QString extension = type.mid(type.lastIndexOf(u'/') + 1);
         const QString cid = QStringLiteral("img%1.%2@brezzario")
                                 .arg(n)
-                                .arg(QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper().left(8));
+                                .arg(uuidCasuale().toString(QUuid::WithoutBraces).toUpper().left(8));
         result.images.append({cid, type, QStringLiteral("immagine%1.%2").arg(n).arg(extension), *std::move(data)});
         result.html.append(QStringLiteral("cid:") + cid);
     }
@@ -99,19 +103,30 @@ ExtractedImages extractInlineImages(const QString& html) {
     return result;
 }
 
+void codifica(QList<InlineImage>& images) {
+    for (InlineImage& image : images)
+        image.encoded = base64Lines(image.data);
+}
+
+void codifica(QList<Attachment>& attachments) {
+    for (Attachment& attachment : attachments)
+        attachment.encoded = base64Lines(attachment.data);
+}
+
 QByteArray build(const Message& message) {
-    const ExtractedImages extracted = extractInlineImages(message.html);
+    ExtractedImages extracted = extractInlineImages(message.html, int(message.inlineImages.size()));
+    extracted.images = message.inlineImages + extracted.images;
     const QByteArray plainPart = quotedPrintable(message.plainText);
     const QByteArray htmlPart = quotedPrintable(extracted.html);
 
     QList<QByteArray> imageParts, attachmentParts;
     qsizetype expected = plainPart.size() + htmlPart.size() + 4096;
-    for (const InlineImage& image : extracted.images) {
-        imageParts.append(base64Lines(image.data));
+    for (const InlineImage& image : std::as_const(extracted.images)) {
+        imageParts.append(image.encoded.isEmpty() ? base64Lines(image.data) : image.encoded);
         expected += imageParts.last().size() + 512;
     }
     for (const Attachment& attachment : message.attachments) {
-        attachmentParts.append(base64Lines(attachment.data));
+        attachmentParts.append(attachment.encoded.isEmpty() ? base64Lines(attachment.data) : attachment.encoded);
         expected += attachmentParts.last().size() + 512;
     }
 
@@ -136,8 +151,8 @@ QByteArray build(const Message& message) {
     if (message.replyTo && !message.replyTo->isEmpty())
         headers.append({QStringLiteral("Reply-To"), wireAddress(*message.replyTo)});
     headers.append({QStringLiteral("Subject"), encodeHeaderValue(message.subject, 9)});
-    headers.append({QStringLiteral("Message-ID"),
-                    u'<' + QUuid::createUuid().toString(QUuid::WithoutBraces) + u'@' + domain + u'>'});
+    headers.append(
+        {QStringLiteral("Message-ID"), u'<' + uuidCasuale().toString(QUuid::WithoutBraces) + u'@' + domain + u'>'});
     headers.append({QStringLiteral("MIME-Version"), QStringLiteral("1.0")});
     headers.append({QStringLiteral("X-Mailer"), QStringLiteral("Brezzario")});
     headers.append(message.extraHeaders);

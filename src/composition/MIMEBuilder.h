@@ -21,6 +21,8 @@ struct Attachment {
     QString filename;
     QString mimeType;
     QByteArray data;
+    // The base64 lines of data when already made: a run encodes each attachment once, not per message.
+    QByteArray encoded = {};
 };
 
 struct InlineImage {
@@ -28,6 +30,7 @@ struct InlineImage {
     QString mimeType;
     QString filename;
     QByteArray data;
+    QByteArray encoded = {}; // as for Attachment
 };
 
 struct Message {
@@ -37,6 +40,9 @@ struct Message {
     QString subject;
     QString html; // the whole page; data URIs of pictures in it become related parts
     QString plainText;
+    // Pictures already taken out of the page (a run takes the template's out once), referred to by "cid:";
+    // they come before the ones found in html.
+    QList<InlineImage> inlineImages = {};
     QList<Attachment> attachments;
     QList<QPair<QString, QString>> extraHeaders;
 };
@@ -48,9 +54,12 @@ struct ExtractedImages {
 
 QByteArray build(const Message& message);
 
-// Takes every base64 data URI of an image out of the HTML, numbering the pictures from 1. A data URI
-// whose base64 doesn't decode stays where it is and uses up no number.
-ExtractedImages extractInlineImages(const QString& html);
+// Takes every base64 data URI of an image out of the HTML, numbering the pictures from 1 (or from the
+// number after `numeroIniziale`). A data URI whose base64 doesn't decode stays where it is and uses up no number.
+ExtractedImages extractInlineImages(const QString& html, int numeroIniziale = 0);
+// The same pictures with their base64 lines made, for a sender that uses them many times.
+void codifica(QList<InlineImage>& images);
+void codifica(QList<Attachment>& attachments);
 
 // "Tue, 3 Mar 2026 09:05:07 +0100", in the machine's time zone.
 QString rfc5322Date(const QDateTime& moment);

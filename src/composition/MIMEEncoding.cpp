@@ -15,11 +15,6 @@ namespace MIMEBuilder {
 namespace {
 constexpr char hexDigits[] = "0123456789ABCDEF";
 
-void appendHex(QByteArray& out, uchar byte) {
-    const char piece[3] = {'=', hexDigits[byte >> 4], hexDigits[byte & 0x0F]};
-    out.append(piece, 3);
-}
-
 // RFC 5322 specials: a display name holding one of them must be a quoted string, or a parser reads
 // "Rossi, Bianchi" as two addresses.
 bool holdsSpecial(const QString& text) {
@@ -213,40 +208,48 @@ QString withParameter(const QString& start, const QString& parameter, const QStr
 }
 
 QByteArray quotedPrintable(const QString& text) {
-    QString normal = text;
-    normal.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
-    normal.replace(u'\r', u'\n');
-    const QByteArray bytes = normal.toUtf8();
-
-    QByteArray out;
-    out.reserve(bytes.size() + bytes.size() / 8 + 16);
+    // One pass over the UTF-8 bytes into a buffer sized for the worst case, so no byte costs an append.
+    // CR LF and a lone CR are line ends like LF; no byte of a multi-byte UTF-8 sequence can be CR or LF.
+    const QByteArray bytes = text.toUtf8();
+    const char* in = bytes.constData();
+    const qsizetype n = bytes.size();
+    QByteArray out(n * 3 + (n * 3 / 73 + 1) * 3 + 16, Qt::Uninitialized);
+    char* const begin = out.data();
+    char* o = begin;
     int column = 0;
-    auto append = [&](const char* piece, int length) {
+    const auto softBreakFor = [&](int length) {
         if (column + length >= 76) {
-            out.append("=\r\n", 3);
+            o[0] = '=', o[1] = '\r', o[2] = '\n';
+            o += 3;
             column = 0;
         }
-        out.append(piece, length);
-        column += length;
     };
-    for (const char ch : bytes) {
-        const auto byte = static_cast<uchar>(ch);
-        if (byte == '\n') {
+    for (qsizetype i = 0; i < n; ++i) {
+        const auto byte = static_cast<uchar>(in[i]);
+        if (byte == '\n' || byte == '\r') {
+            if (byte == '\r' && i + 1 < n && in[i + 1] == '\n')
+                ++i;
             // A blank before a line end would be lost in transport, so it is spelled out.
-            if (!out.isEmpty() && (out.back() == ' ' || out.back() == '\t')) {
-                const auto blank = static_cast<uchar>(out.back());
-                out.chop(1);
-                appendHex(out, blank);
+            if (o > begin && (o[-1] == ' ' || o[-1] == '\t')) {
+                const auto blank = static_cast<uchar>(o[-1]);
+                o[-1] = '=', o[0] = hexDigits[blank >> 4], o[1] = hexDigits[blank & 0x0F];
+                o += 2;
             }
-            out.append("\r\n", 2);
+            o[0] = '\r', o[1] = '\n';
+            o += 2;
             column = 0;
         } else if (byte != '=' && ((byte >= 33 && byte <= 126) || byte == ' ' || byte == '\t')) {
-            append(&ch, 1);
+            softBreakFor(1);
+            *o++ = char(byte);
+            ++column;
         } else {
-            const char piece[3] = {'=', hexDigits[byte >> 4], hexDigits[byte & 0x0F]};
-            append(piece, 3);
+            softBreakFor(3);
+            o[0] = '=', o[1] = hexDigits[byte >> 4], o[2] = hexDigits[byte & 0x0F];
+            o += 3;
+            column += 3;
         }
     }
+    out.truncate(o - begin);
     return out;
 }
 

@@ -30,6 +30,13 @@ public:
     QCoro::Task<> consegna();
 
 private:
+    // Pages of the preparation: each takes a few milliseconds on this machine's kind of hardware.
+    static constexpr int righePerPagina = 5000;
+    static constexpr int saltiPerPagina = 500;
+
+    // Lets the event loop turn; false when the engine went away meanwhile.
+    QCoro::Task<bool> cedi();
+    QCoro::Task<bool> righeDegliIndirizzi(const RunPlanning::Plan& piano, QHash<QString, QList<RecordId>>& righe);
     QCoro::Task<> controllaDomini();
     void tagliaAllaQuota();
     void salvaStato(CampaignStatus stato);
@@ -48,5 +55,7 @@ private:
     MessageTemplate m_modello; // subject and HTML from the campaign's snapshot, the rest live
     QList<RunPlanning::Destinatario> m_destinatari;
     QList<MIMEBuilder::Attachment> m_allegati;
+    // The template's pictures, taken out of its HTML and encoded once for the whole run.
+    QList<MIMEBuilder::InlineImage> m_immagini;
     std::unique_ptr<OutcomeRecorder> m_registro;
 };

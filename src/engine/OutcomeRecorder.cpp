@@ -54,10 +54,13 @@ void OutcomeRecorder::aggiornaRighe(const QString& email, SendStatus stato, cons
     if (trovate == m_contesto.righe.end())
         return;
     const QDateTime adesso = m_engine.adesso();
-    // The copies in the map carry the counters forward, so two outcomes of one address in a run add up.
-    for (ContactRow& riga : *trovate) {
-        riga.registraEsito(stato, m_contesto.nomeCampagna, oggetto, dettaglio, adesso);
-        m_store.updateRowOutcome(riga);
+    // Read afresh each time, so two outcomes of one address in a run add up.
+    for (const RecordId id : std::as_const(*trovate)) {
+        std::optional<ContactRow> riga = m_store.rigaPerEsito(id);
+        if (!riga)
+            continue; // the list was deleted during the run
+        riga->registraEsito(stato, m_contesto.nomeCampagna, oggetto, dettaglio, adesso);
+        m_store.updateRowOutcome(*riga);
     }
 }
 

@@ -22,8 +22,10 @@ public:
         QString nomeCampagna;
         QString servizio;
         bool escludiRifiutati = true;
-        QSet<QString> suppressed;                // grows with the refusals of the run
-        QHash<QString, QList<ContactRow>> righe; // by normalised address, over all lists
+        QSet<QString> suppressed; // grows with the refusals of the run
+        // The rows of every list that hold one of the run's addresses, by normalised address; each is read
+        // and written back at its outcome, so a run holds no copy of them.
+        QHash<QString, QList<RecordId>> righe;
     };
 
     OutcomeRecorder(SendEngine& engine, Store& store, Contesto contesto);

@@ -1,27 +1,14 @@
 #include "engine/RunPlanning.h"
 
+#include "records/Casuale.h"
 #include "records/EmailSyntax.h"
 #include "records/Text.h"
 
 #include <QCoreApplication>
-#include <QRandomGenerator>
 
 #include <algorithm>
 
 namespace RunPlanning {
-
-namespace {
-// A random (version 4) identity from the process's seeded generator: the system generator behind
-// QUuid::createUuid costs a system call each, which a plan of 100,000 rows feels.
-QUuid nuovoId() {
-    quint64 bits[2];
-    QRandomGenerator::global()->fillRange(bits);
-    QByteArray bytes(reinterpret_cast<const char*>(bits), sizeof bits);
-    bytes[6] = char((bytes[6] & 0x0F) | 0x40);
-    bytes[8] = char((bytes[8] & 0x3F) | 0x80);
-    return QUuid::fromRfc4122(bytes);
-}
-} // namespace
 
 QString rawValue(SkipReason reason) {
     switch (reason) {
@@ -43,18 +30,12 @@ QString rawValue(SkipReason reason) {
     return {};
 }
 
-Plan plan(const Campaign& campaign, const std::optional<ContactList>& list, const QSet<QString>& suppressed,
-          const Store& store) {
-    Plan result;
-    if (!list)
-        return result;
-    const QSet<QString> delivered =
-        campaign.skipDuplicates ? formaInvio(store.sentEmails(campaign.id)) : QSet<QString>();
-    const QSet<QString> excluded = formaInvio(suppressed);
-    QSet<QString> seen;
-    const QList<Store::RigaDaPianificare> rows = store.righeDaPianificare(list->id);
-    result.recipients.reserve(rows.size());
-    seen.reserve(rows.size());
+Pianificatore::Pianificatore(const Campaign& campaign, const QSet<QString>& suppressed, const Store& store)
+    : m_suppressed(formaInvio(suppressed)),
+      m_delivered(campaign.skipDuplicates ? formaInvio(store.sentEmails(campaign.id)) : QSet<QString>()) {}
+
+void Pianificatore::aggiungi(const QList<Store::RigaDaPianificare>& rows) {
+    m_plan.recipients.reserve(m_plan.recipients.size() + rows.size());
     for (const Store::RigaDaPianificare& row : rows) {
         const QString email = wireAddress(Text::normalizedAddress(row.email));
         std::optional<SkipReason> reason;
@@ -62,32 +43,42 @@ Plan plan(const Campaign& campaign, const std::optional<ContactList>& list, cons
             reason = SkipReason::excludedRow;
         else if (!isValidEmailSyntax(email))
             reason = SkipReason::invalidEmail;
-        else if (seen.contains(email))
+        else if (m_seen.contains(email))
             reason = SkipReason::duplicateInList;
-        else if (excluded.contains(email))
+        else if (m_suppressed.contains(email))
             reason = SkipReason::suppressed;
-        else if (delivered.contains(email))
+        else if (m_delivered.contains(email))
             reason = SkipReason::alreadySent;
         if (reason) {
             const bool vuoto = *reason == SkipReason::invalidEmail && email.isEmpty();
-            result.skips.append({vuoto ? QStringLiteral("(vuoto)") : email, *reason});
+            m_plan.skips.append({vuoto ? QStringLiteral("(vuoto)") : email, *reason});
             continue;
         }
         // Only an accepted row enters the seen set, so an excluded or suppressed row shadows nothing.
-        seen.insert(email);
-        result.recipients.append({nuovoId(), email, row.id, {}});
+        m_seen.insert(email);
+        m_plan.recipients.append({uuidCasuale(), email, row.id, {}});
     }
-    return result;
 }
 
-void caricaValori(const Store& store, RecordId listId, QList<Destinatario>& recipients) {
+Plan plan(const Campaign& campaign, const std::optional<ContactList>& list, const QSet<QString>& suppressed,
+          const Store& store) {
+    if (!list)
+        return {};
+    Pianificatore pianificatore(campaign, suppressed, store);
+    pianificatore.aggiungi(store.righeDaPianificare(list->id));
+    return std::move(pianificatore).risultato();
+}
+
+void caricaValori(const Store& store, RecordId listId, QList<Destinatario>& recipients, qsizetype da, qsizetype a) {
+    if (a < 0 || a > recipients.size())
+        a = recipients.size();
     QList<RecordId> ids;
-    ids.reserve(recipients.size());
-    for (const Destinatario& destinatario : std::as_const(recipients))
-        ids.append(destinatario.rowId);
+    ids.reserve(a - da);
+    for (qsizetype i = da; i < a; ++i)
+        ids.append(recipients.at(i).rowId);
     QList<QByteArray> valori = store.valoriCodificati(listId, ids);
-    for (qsizetype i = 0; i < recipients.size(); ++i)
-        recipients[i].valoriCodificati = std::move(valori[i]);
+    for (qsizetype i = da; i < a; ++i)
+        recipients[i].valoriCodificati = std::move(valori[i - da]);
 }
 
 QSet<QString> formaInvio(const QSet<QString>& addresses) {

@@ -48,6 +48,21 @@ struct Plan {
     QList<Skip> skips;
 };
 
+// The planning of one list, fed its rows a page at a time in store order (a run lets the event loop turn
+// between pages); `plan` feeds it all at once.
+class Pianificatore {
+public:
+    Pianificatore(const Campaign& campaign, const QSet<QString>& suppressed, const Store& store);
+    void aggiungi(const QList<Store::RigaDaPianificare>& rows);
+    Plan risultato() && { return std::move(m_plan); }
+
+private:
+    QSet<QString> m_suppressed; // shared with the caller's set when every address is already ASCII
+    QSet<QString> m_delivered;
+    QSet<QString> m_seen;
+    Plan m_plan;
+};
+
 // One pass over the list's rows in store order. The delivered set looks at this campaign's logs only. It reads
 // addresses and exclusions only, so a screen can plan a large list at every refresh; a run then loads the
 // recipients' values with `caricaValori`.
@@ -55,7 +70,9 @@ struct Plan {
 // one recipient, and an exclusion stored in either form holds for both.
 Plan plan(const Campaign& campaign, const std::optional<ContactList>& list, const QSet<QString>& suppressed,
           const Store& store);
-void caricaValori(const Store& store, RecordId listId, QList<Destinatario>& recipients);
+// Loads the values of recipients [da, a) (all of them by default); their rows come in store order.
+void caricaValori(const Store& store, RecordId listId, QList<Destinatario>& recipients, qsizetype da = 0,
+                  qsizetype a = -1);
 
 // The campaign's list and template if they still exist: a reference left by a deleted record reads as absent.
 std::optional<ContactList> listaValida(const Campaign& campaign, const Store& store);

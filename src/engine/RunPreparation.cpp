@@ -2,23 +2,14 @@
 
 #include "checks/MXCheck.h"
 #include "records/EmailSyntax.h"
+#include "records/Text.h"
 #include "settings/SettingsStore.h"
 #include "smtp/SMTPSession.h"
 
-#include <algorithm>
+#include <QCoro/QCoroTimer>
 
-namespace {
-// Rows whose address has an accented domain also answer to its ASCII form, the one their outcome carries.
-QHash<QString, QList<ContactRow>> righeInFormaInvio(QHash<QString, QList<ContactRow>> righe) {
-    QList<QString> accentate;
-    for (auto it = righe.cbegin(); it != righe.cend(); ++it)
-        if (wireAddress(it.key()) != it.key()) // no copy for an ASCII address
-            accentate.append(it.key());
-    for (const QString& chiave : std::as_const(accentate))
-        righe[wireAddress(chiave)].append(righe.take(chiave));
-    return righe;
-}
-} // namespace
+#include <algorithm>
+#include <chrono>
 
 Corsa::Corsa(SendEngine& engine, Store& store) : m_engine(engine), m_vivo(&engine), m_store(store) {}
 
@@ -61,7 +52,11 @@ QCoro::Task<bool> Corsa::prepara(Campaign campaign, SettingsStore& settings) {
     m_campagna = campaign;
     m_modello = *modello;
     m_modello.subject = campaign.snapshotSubject;
-    m_modello.html = campaign.snapshotHTML;
+    // Rendering and building would otherwise scan and decode the template's pictures for every recipient.
+    MIMEBuilder::ExtractedImages immagini = MIMEBuilder::extractInlineImages(campaign.snapshotHTML);
+    m_modello.html = std::move(immagini.html);
+    m_immagini = std::move(immagini.images);
+    MIMEBuilder::codifica(m_immagini);
 
     OutcomeRecorder::Contesto contesto;
     contesto.campagna = campaign.id;
@@ -70,11 +65,33 @@ QCoro::Task<bool> Corsa::prepara(Campaign campaign, SettingsStore& settings) {
     contesto.escludiRifiutati = m_config.escludiRifiutati;
     // Recipients are known by the form they go on the wire in, so the maps of the outcomes are too.
     contesto.suppressed = RunPlanning::formaInvio(m_store.suppressedEmails());
-    RunPlanning::Plan piano = RunPlanning::plan(campaign, lista, contesto.suppressed, m_store);
-    contesto.righe = righeInFormaInvio(m_store.righePerEmail());
+    // Large lists are read a page at a time, letting the event loop turn in between: the window, the
+    // dashboard and any other run stay live while this one prepares.
+    RunPlanning::Pianificatore pianificatore(campaign, contesto.suppressed, m_store);
+    for (RecordId dopo = 0;;) {
+        const QList<Store::RigaDaPianificare> pagina = m_store.righeDaPianificare(lista->id, dopo, righePerPagina);
+        pianificatore.aggiungi(pagina);
+        if (pagina.size() < righePerPagina)
+            break;
+        dopo = pagina.constLast().id;
+        const bool avanti = co_await cedi();
+        if (!avanti)
+            co_return false;
+    }
+    RunPlanning::Plan piano = std::move(pianificatore).risultato();
+    const bool righeLette = co_await righeDegliIndirizzi(piano, contesto.righe);
+    if (!righeLette)
+        co_return false;
     m_registro = std::make_unique<OutcomeRecorder>(m_engine, m_store, std::move(contesto));
-    for (const RunPlanning::Skip& salto : std::as_const(piano.skips))
-        m_registro->salto(salto.email, salto.reason, campaign.snapshotSubject);
+    for (qsizetype i = 0; i < piano.skips.size(); ++i) {
+        m_registro->salto(piano.skips.at(i).email, piano.skips.at(i).reason, campaign.snapshotSubject);
+        if ((i + 1) % saltiPerPagina != 0)
+            continue;
+        const bool avanti = co_await cedi();
+        if (!avanti)
+            co_return false;
+    }
+    piano.skips.clear();
     m_destinatari = std::move(piano.recipients);
 
     tagliaAllaQuota();
@@ -84,13 +101,49 @@ QCoro::Task<bool> Corsa::prepara(Campaign campaign, SettingsStore& settings) {
             co_return false;
     }
     // Values only for those who will get a message: the quota and the domain check have had their say.
-    RunPlanning::caricaValori(m_store, lista->id, m_destinatari);
+    for (qsizetype da = 0; da < m_destinatari.size(); da += righePerPagina) {
+        RunPlanning::caricaValori(m_store, lista->id, m_destinatari, da, da + righePerPagina);
+        const bool avanti = co_await cedi();
+        if (!avanti)
+            co_return false;
+    }
     m_engine.setTotal(m_destinatari.size());
     salvaStato(CampaignStatus::running);
 
     for (const TemplateAttachment& allegato : m_store.attachments(modello->id))
         m_allegati.append({allegato.filename, allegato.mimeType, allegato.data});
+    MIMEBuilder::codifica(m_allegati);
     co_return true;
+}
+
+QCoro::Task<bool> Corsa::cedi() {
+    co_await QCoro::sleepFor(std::chrono::milliseconds(0));
+    co_return vivo();
+}
+
+QCoro::Task<bool> Corsa::righeDegliIndirizzi(const RunPlanning::Plan& piano, QHash<QString, QList<RecordId>>& righe) {
+    // Only the rows of this run's addresses, in every list, and only their identities.
+    QSet<QString> indirizzi;
+    indirizzi.reserve(piano.recipients.size() + piano.skips.size());
+    for (const RunPlanning::Destinatario& destinatario : piano.recipients)
+        indirizzi.insert(destinatario.email);
+    for (const RunPlanning::Skip& salto : piano.skips)
+        indirizzi.insert(salto.email);
+    for (RecordId dopo = 0;;) {
+        const QList<QPair<RecordId, QString>> pagina = m_store.indirizziRighe(dopo, righePerPagina);
+        for (const auto& [id, email] : pagina) {
+            // An accented domain answers to its ASCII form, the one the outcome carries.
+            const QString normalizzato = wireAddress(Text::normalizedAddress(email));
+            if (indirizzi.contains(normalizzato))
+                righe[normalizzato].append(id);
+        }
+        if (pagina.size() < righePerPagina)
+            co_return true;
+        dopo = pagina.constLast().first;
+        const bool avanti = co_await cedi();
+        if (!avanti)
+            co_return false;
+    }
 }
 
 void Corsa::tagliaAllaQuota() {

@@ -35,6 +35,7 @@ MIMEBuilder::Message Corsa::messaggio(const RunPlanning::Destinatario& destinata
     m.subject = reso.subject;
     m.html = reso.html;
     m.plainText = reso.plainText;
+    m.inlineImages = m_immagini;
     m.attachments = m_allegati;
     const QString disiscrizione = m_config.replyTo.isEmpty() ? m_config.fromEmail : m_config.replyTo;
     m.extraHeaders = {{QStringLiteral("List-Unsubscribe"),

@@ -79,7 +79,13 @@ public:
         QString email;
         bool isExcluded = false;
     };
-    QList<RigaDaPianificare> righeDaPianificare(RecordId listId) const;
+    // Pages of at most `limite` rows after the row `dopoId` (a negative limit reads to the end), so that a
+    // caller can let the event loop turn between pages.
+    QList<RigaDaPianificare> righeDaPianificare(RecordId listId, RecordId dopoId = 0, int limite = -1) const;
+    // Identity and address of the rows of every list that have an address, a page at a time as above.
+    QList<QPair<RecordId, QString>> indirizziRighe(RecordId dopoId, int limite) const;
+    // One row's statistics, without its values: what recording an outcome reads and writes back.
+    std::optional<ContactRow> rigaPerEsito(RecordId id) const;
     // The stored values of the given rows of one list (identities ascending), still encoded, in the same order;
     // a row that is gone gives an empty entry. `decodeRowValues` turns one into the row's values.
     QList<QByteArray> valoriCodificati(RecordId listId, const QList<RecordId>& ids) const;

@@ -4,15 +4,31 @@
 #include <QJsonObject>
 #include <QSqlQuery>
 
-QList<Store::RigaDaPianificare> Store::righeDaPianificare(RecordId listId) const {
-    QSqlQuery& query =
-        prepared(QStringLiteral("SELECT id, email, isExcluded FROM ContactRow WHERE listId = ? ORDER BY id"));
+QList<Store::RigaDaPianificare> Store::righeDaPianificare(RecordId listId, RecordId dopoId, int limite) const {
+    QSqlQuery& query = prepared(
+        QStringLiteral("SELECT id, email, isExcluded FROM ContactRow WHERE listId = ? AND id > ? ORDER BY id LIMIT ?"));
     query.bindValue(0, listId);
+    query.bindValue(1, dopoId);
+    query.bindValue(2, limite);
     QList<RigaDaPianificare> result;
     if (!query.exec())
         return result;
     while (query.next())
         result.append({query.value(0).toLongLong(), query.value(1).toString(), query.value(2).toBool()});
+    query.finish();
+    return result;
+}
+
+QList<QPair<RecordId, QString>> Store::indirizziRighe(RecordId dopoId, int limite) const {
+    QSqlQuery& query =
+        prepared(QStringLiteral("SELECT id, email FROM ContactRow WHERE id > ? AND email <> '' ORDER BY id LIMIT ?"));
+    query.bindValue(0, dopoId);
+    query.bindValue(1, limite);
+    QList<QPair<RecordId, QString>> result;
+    if (!query.exec())
+        return result;
+    while (query.next())
+        result.append({query.value(0).toLongLong(), query.value(1).toString()});
     query.finish();
     return result;
 }

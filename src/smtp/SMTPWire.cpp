@@ -3,6 +3,7 @@
 #include "settings/SMTPConfig.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace SMTPWire {
 
@@ -42,15 +43,24 @@ QString withoutControlCharacters(QString text) {
 }
 
 QByteArray dotStuffed(const QByteArray& data) {
+    // Copies whole runs between the line starts that need a second dot, found with memchr.
     QByteArray out;
     out.reserve(data.size() + 64);
-    bool lineStart = true;
-    for (const char byte : data) {
-        if (lineStart && byte == '.')
+    const char* s = data.constData();
+    const qsizetype n = data.size();
+    qsizetype copied = 0;
+    if (n > 0 && s[0] == '.')
+        out.append('.');
+    for (const char* at = static_cast<const char*>(std::memchr(s, '\n', size_t(n))); at;
+         at = static_cast<const char*>(std::memchr(at + 1, '\n', size_t(s + n - at - 1)))) {
+        const qsizetype next = at - s + 1;
+        if (next < n && s[next] == '.') {
+            out.append(s + copied, next - copied);
             out.append('.');
-        out.append(byte);
-        lineStart = byte == '\n';
+            copied = next;
+        }
     }
+    out.append(s + copied, n - copied);
     return out;
 }
 
