@@ -34,6 +34,12 @@ constexpr Voce tabella[] = {
     {"play.fill", "media-playback-start-symbolic"},
     {"stop.fill", "media-playback-stop-symbolic"},
     {"square.and.arrow.up", "document-send-symbolic"},
+    {"square.and.arrow.down", "document-open-symbolic"},
+    {"checkmark.circle", "object-select-symbolic"},
+    {"circle", "radio-symbolic"},
+    {"exclamationmark.circle", "emblem-important-symbolic"},
+    {"exclamationmark.triangle", "dialog-warning-symbolic"},
+    {"trash", "user-trash-symbolic"},
 };
 
 } // namespace

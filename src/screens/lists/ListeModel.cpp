@@ -1,0 +1,100 @@
+#include "screens/lists/ListeModel.h"
+
+#include "ui/Rinfresco.h"
+
+#include <QLocale>
+
+#include <algorithm>
+
+namespace {
+constexpr int intervalloRinfresco = 250;
+}
+
+ListeModel::ListeModel(Store& store, QObject* genitore) : QAbstractListModel(genitore), m_store(store) {
+    ricarica();
+    // Every list's progress is one walk over all rows: while a run saves after each message, a few times a
+    // second is plenty.
+    new Rinfresco(
+        store, Store::ContactLists | Store::ContactRows, [this](Store::Entities) { ricarica(); }, this,
+        intervalloRinfresco);
+}
+
+void ListeModel::ricarica() {
+    QList<ContactList> liste = m_store.all<ContactList>();
+    std::stable_sort(liste.begin(), liste.end(),
+                     [](const ContactList& a, const ContactList& b) { return a.importedAt > b.importedAt; });
+    const QHash<RecordId, Store::AvanzamentoLista> avanzamenti = m_store.avanzamentoListe();
+
+    QList<Voce> voci;
+    Voce attive;
+    attive.intestazione = true;
+    attive.titolo = tr("Attive");
+    attive.legenda = true;
+    voci.append(attive);
+    QList<Voce> archiviate;
+    for (const ContactList& lista : liste) {
+        Voce voce;
+        voce.lista = lista;
+        voce.avanzamento = avanzamenti.value(lista.id);
+        (lista.isArchived ? archiviate : voci).append(voce);
+    }
+    if (!archiviate.isEmpty()) {
+        Voce intestazione;
+        intestazione.intestazione = true;
+        intestazione.titolo = tr("Archiviate");
+        voci.append(intestazione);
+        voci.append(archiviate);
+    }
+    beginResetModel();
+    m_voci = std::move(voci);
+    m_liste = int(liste.size());
+    endResetModel();
+}
+
+int ListeModel::rowCount(const QModelIndex& genitore) const {
+    return genitore.isValid() ? 0 : int(m_voci.size());
+}
+
+QVariant ListeModel::data(const QModelIndex& indice, int ruolo) const {
+    if (!indice.isValid() || indice.row() >= m_voci.size())
+        return {};
+    const Voce& v = m_voci.at(indice.row());
+    switch (ruolo) {
+    case Qt::DisplayRole:
+        return v.intestazione ? v.titolo : v.lista.name;
+    case Qt::ToolTipRole:
+        if (v.intestazione)
+            return v.legenda ? aiutoLegenda() : QVariant();
+        return descrizione(v.stato(), v.avanzamento);
+    case IntestazioneRole:
+        return v.intestazione;
+    case LegendaRole:
+        return v.legenda;
+    case ListaRole:
+        return v.intestazione ? QVariant() : QVariant(v.lista.id);
+    default:
+        return {};
+    }
+}
+
+Qt::ItemFlags ListeModel::flags(const QModelIndex& indice) const {
+    if (!indice.isValid() || m_voci.at(indice.row()).intestazione)
+        return Qt::ItemIsEnabled;
+    return Qt::ItemIsEnabled | Qt::ItemIsSelectable;
+}
+
+int ListeModel::rigaDi(RecordId lista) const {
+    for (int i = 0; i < m_voci.size(); ++i)
+        if (!m_voci.at(i).intestazione && m_voci.at(i).lista.id == lista)
+            return i;
+    return -1;
+}
+
+QString aiutoLegenda() {
+    return ListeModel::tr("Verde: tutti i destinatari contattati · Arancione: invio iniziato ma non concluso · "
+                          "Blu: nessun invio ancora fatto");
+}
+
+QString giornoBreve(const QDateTime& istante) {
+    return QLocale(QLocale::Italian, QLocale::Italy).toString(istante.toLocalTime().date(), QStringLiteral("d MMM yyyy"));
+}

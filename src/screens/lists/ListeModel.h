@@ -1,0 +1,47 @@
+#pragma once
+
+#include "records/Store.h"
+#include "screens/lists/StatoLista.h"
+
+#include <QAbstractListModel>
+
+// The master list: the active lists under "Attive", then the archived ones under "Archiviate" when there
+// are any, newest import first. Section headers are rows that can't be selected.
+class ListeModel : public QAbstractListModel {
+    Q_OBJECT
+public:
+    enum Ruolo { IntestazioneRole = Qt::UserRole + 1, ListaRole, LegendaRole };
+
+    struct Voce {
+        bool intestazione = false;
+        QString titolo;  // of a header
+        bool legenda = false; // the header that also holds the legend of the states
+        ContactList lista;
+        Store::AvanzamentoLista avanzamento;
+        StatoLista stato() const { return statoDa(avanzamento); }
+    };
+
+    explicit ListeModel(Store& store, QObject* genitore = nullptr);
+
+    // Reads the lists and every list's progress again.
+    void ricarica();
+
+    int rowCount(const QModelIndex& genitore = {}) const override;
+    QVariant data(const QModelIndex& indice, int ruolo) const override;
+    Qt::ItemFlags flags(const QModelIndex& indice) const override;
+
+    const Voce& voce(int riga) const { return m_voci.at(riga); }
+    // The row of a list, or -1.
+    int rigaDi(RecordId lista) const;
+    bool vuoto() const { return m_liste == 0; }
+
+private:
+    Store& m_store;
+    QList<Voce> m_voci;
+    int m_liste = 0;
+};
+
+// The help text of the legend of the states.
+QString aiutoLegenda();
+// A day as the master list shows it: day, abbreviated month and year, in Italian.
+QString giornoBreve(const QDateTime& istante);
