@@ -35,6 +35,13 @@ LetturaFile leggiFile(const QString& percorso) {
         lettura.errore = tr("Impossibile aprire il file: %1").arg(file.errorString());
         return lettura;
     }
+    // Text holds no NUL byte except in UTF-16, which comes with its mark. Anything else with one is a picture,
+    // a spreadsheet's own format or an archive: read as ISO-8859-1, which takes any byte, it would be noise.
+    const bool conMarcaUtf16 = byte.startsWith("\xFF\xFE") || byte.startsWith("\xFE\xFF");
+    if (!conMarcaUtf16 && byte.contains('\0')) {
+        lettura.errore = CSVParser::ParseError(CSVParser::ParseError::unreadable).errorDescription();
+        return lettura;
+    }
     try {
         PendingImport pending;
         pending.url = percorso;

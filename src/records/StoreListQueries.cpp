@@ -124,8 +124,8 @@ bool Store::ricalcolaEmail(RecordId listId, const QString& colonna) {
 }
 
 std::optional<Suppression> Store::esclusionePer(const QString& email) const {
-    static const QString sql = QStringLiteral("SELECT id, %1 FROM Suppression WHERE email = ?")
-                                   .arg(Table<Suppression>::columns().join(u", "));
+    static const QString sql =
+        QStringLiteral("SELECT id, %1 FROM Suppression WHERE email = ?").arg(Table<Suppression>::columns().join(u", "));
     QSqlQuery& query = prepared(sql);
     query.bindValue(0, email);
     std::optional<Suppression> risultato;

@@ -228,6 +228,11 @@ private Q_SLOTS:
         QTest::newRow("semicolons") << "Nome;Email\nA;a@example.it\n"_ba << true << QString() << u"punto e virgola"_s;
         QTest::newRow("tabs") << "Nome\tEmail\nA\ta@example.it\n"_ba << true << QString() << u"tabulazione"_s;
         QTest::newRow("bars") << "Nome|Email\nA|a@example.it\n"_ba << true << QString() << u"barra verticale"_s;
+        QTest::newRow("binary") << "\x89PNG\r\n\x1a\n\0\0\0\rIHDR"_ba << true
+                                << u"Impossibile leggere il file: codifica non riconosciuta."_s << QString();
+        QTest::newRow("UTF-16 with its NUL bytes")
+            << QByteArray("\xFF\xFEN\0o\0m\0e\0;\0E\0m\0a\0i\0l\0\n\0A\0;\0a\0@\0b\0.\0i\0t\0\n\0", 38) << true
+            << QString() << u"punto e virgola"_s;
         QTest::newRow("empty file") << QByteArray() << true << u"Il file non contiene righe."_s << QString();
         QTest::newRow("missing file") << QByteArray() << false << u"Impossibile aprire il file"_s << QString();
     }

@@ -209,8 +209,8 @@ void ImportSheet::mostraConteggio() {
     const QStringList& colonne = m_stato.tabellaCorrente().columns;
     for (int c = 0; c < colonne.size(); ++c) {
         const bool email = colonne.at(c) == m_stato.colonnaEmail;
-        m_griglia->setHeaderData(c, Qt::Horizontal,
-                                 email ? QVariant(Palette::colore(Colore::accent)) : QVariant(), Qt::ForegroundRole);
+        m_griglia->setHeaderData(c, Qt::Horizontal, email ? QVariant(Palette::colore(Colore::accent)) : QVariant(),
+                                 Qt::ForegroundRole);
         QFont carattere = m_anteprima->horizontalHeader()->font();
         carattere.setWeight(email ? QFont::DemiBold : QFont::Normal);
         m_griglia->setHeaderData(c, Qt::Horizontal, carattere, Qt::FontRole);

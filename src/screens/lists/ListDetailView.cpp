@@ -165,8 +165,8 @@ void ListDetailView::mostraTesta() {
     }
     aggiorna(m_origine, tr("Origine: ") + lista.sourceFileName + tr(" · importata il ") +
                             QLocale().toString(lista.importedAt.toLocalTime(), QLocale::ShortFormat));
-    aggiorna(m_conteggio, formato(tr("%lld destinatari validi su %lld"), qint64(m_modello->validi()),
-                                  qint64(m_modello->totale())));
+    aggiorna(m_conteggio,
+             formato(tr("%lld destinatari validi su %lld"), qint64(m_modello->validi()), qint64(m_modello->totale())));
     m_tabella->setColumnWidth(0, 22);
     m_tabella->setColumnWidth(m_modello->colonnaRicevute(), 70);
     m_tabella->setColumnWidth(m_modello->colonnaUltimoInvio(), 130);
@@ -212,8 +212,9 @@ void ListDetailView::aggiornaAzioni() {
 void ListDetailView::esporta() {
     if (!m_modello->esiste())
         return;
-    const QString percorso = Dialoghi::fileDaSalvare(this, tr("Esporta CSV"), m_modello->lista().name + QStringLiteral(".csv"),
-                                                     tr("Testo separato da virgole (*.csv)"));
+    const QString percorso =
+        Dialoghi::fileDaSalvare(this, tr("Esporta CSV"), m_modello->lista().name + QStringLiteral(".csv"),
+                                tr("Testo separato da virgole (*.csv)"));
     if (percorso.isEmpty())
         return;
     QApplication::setOverrideCursor(Qt::WaitCursor);

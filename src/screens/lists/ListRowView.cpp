@@ -80,7 +80,8 @@ void ListRowView::paint(QPainter* pittore, const QStyleOptionViewItem& opzione, 
         sfondo.text.clear();
         QApplication::style()->drawPrimitive(QStyle::PE_PanelItemViewItem, &sfondo, pittore, opzione.widget);
     }
-    const QColor primario = scelta ? opzione.palette.color(QPalette::HighlightedText) : Palette::colore(Colore::primary);
+    const QColor primario =
+        scelta ? opzione.palette.color(QPalette::HighlightedText) : Palette::colore(Colore::primary);
     const QColor secondario = scelta ? primario : Palette::colore(Colore::secondary);
     const QRect area = opzione.rect.adjusted(margine, 6, -margine, -6);
     const int alto = opzione.fontMetrics.height();
@@ -119,14 +120,12 @@ void ListRowView::paint(QPainter* pittore, const QStyleOptionViewItem& opzione, 
     pittore->setFont(testoPiccolo);
     if (stato == StatoLista::inCorso) {
         const QString contattati = formato(ListeModel::tr("contattati %lld di %lld"),
-                                                     qint64(voce.avanzamento.contattati),
-                                                     qint64(voce.avanzamento.validi));
+                                           qint64(voce.avanzamento.contattati), qint64(voce.avanzamento.validi));
         pittore->setPen(scelta ? primario : Palette::colore(Colore::orange));
         pittore->drawText(seconda, Qt::AlignRight | Qt::AlignVCenter, contattati);
         seconda.setRight(seconda.right() - misure.horizontalAdvance(contattati) - 8);
     }
-    const QString righe =
-        formato(ListeModel::tr("%lld righe"), qint64(voce.avanzamento.righe));
+    const QString righe = formato(ListeModel::tr("%lld righe"), qint64(voce.avanzamento.righe));
     pittore->setPen(secondario);
     pittore->drawText(seconda, Qt::AlignLeft | Qt::AlignVCenter,
                       misure.elidedText(righe + QStringLiteral(" · ") + giornoBreve(voce.lista.importedAt),

@@ -96,5 +96,6 @@ QString aiutoLegenda() {
 }
 
 QString giornoBreve(const QDateTime& istante) {
-    return QLocale(QLocale::Italian, QLocale::Italy).toString(istante.toLocalTime().date(), QStringLiteral("d MMM yyyy"));
+    return QLocale(QLocale::Italian, QLocale::Italy)
+        .toString(istante.toLocalTime().date(), QStringLiteral("d MMM yyyy"));
 }

@@ -14,7 +14,7 @@ public:
 
     struct Voce {
         bool intestazione = false;
-        QString titolo;  // of a header
+        QString titolo;       // of a header
         bool legenda = false; // the header that also holds the legend of the states
         ContactList lista;
         Store::AvanzamentoLista avanzamento;

@@ -2,8 +2,8 @@
 
 #include "screens/lists/ImportSheet.h"
 #include "screens/lists/ListDetailView.h"
-#include "screens/lists/ListRowView.h"
 #include "screens/lists/ListeModel.h"
+#include "screens/lists/ListRowView.h"
 #include "ui/Dialoghi.h"
 #include "ui/Palette.h"
 #include "ui/Riquadri.h"
@@ -143,8 +143,7 @@ void ListsView::seleziona(RecordId lista) {
         if (riga < 0)
             m_master->selectionModel()->clearSelection();
         else
-            m_master->selectionModel()->setCurrentIndex(m_modello->index(riga),
-                                                        QItemSelectionModel::ClearAndSelect);
+            m_master->selectionModel()->setCurrentIndex(m_modello->index(riga), QItemSelectionModel::ClearAndSelect);
     }
     m_master->viewport()->update();
     mostraDettaglio();
@@ -185,14 +184,13 @@ QMenu* ListsView::creaMenu() {
         m_store.update(cambiata);
         m_store.save();
     });
-    QAction* elimina = menu->addAction(
-        Symbols::iconaColorata(QStringLiteral("trash"), Palette::colore(Colore::red)), tr("Elimina"), this,
-        [this, lista] {
-            if (m_selezione == lista.id)
-                seleziona(0);
-            m_store.remove<ContactList>(lista.id);
-            m_store.save();
-        });
+    QAction* elimina = menu->addAction(Symbols::iconaColorata(QStringLiteral("trash"), Palette::colore(Colore::red)),
+                                       tr("Elimina"), this, [this, lista] {
+                                           if (m_selezione == lista.id)
+                                               seleziona(0);
+                                           m_store.remove<ContactList>(lista.id);
+                                           m_store.save();
+                                       });
     elimina->setObjectName(QStringLiteral("elimina"));
     return menu;
 }
