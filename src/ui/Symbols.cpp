@@ -13,7 +13,8 @@ struct Voce {
     const char* freedesktop;
 };
 
-// Symbolic icons only: they are drawn in one colour, which lets the screens tint them.
+// Symbolic icons only: they are drawn in one colour, which lets the screens tint them. Where the theme has no
+// fitting picture (the theme draws every check alike), a drawing of our own among the resources.
 constexpr Voce tabella[] = {
     {"tablecells", "x-office-spreadsheet-symbolic"},
     {"doc.richtext", "x-office-document-symbolic"},
@@ -22,10 +23,10 @@ constexpr Voce tabella[] = {
     {"nosign", "action-unavailable-symbolic"},
     {"gearshape.fill", "emblem-system-symbolic"},
     {"antenna.radiowaves.left.and.right", "network-wireless-hotspot-symbolic"},
-    {"checkmark.circle.fill", "emblem-ok-symbolic"},
+    {"checkmark.circle.fill", ":/Media/icons/checkmark.circle.fill.svg"},
     {"xmark.octagon.fill", "dialog-error-symbolic"},
     {"minus.circle.fill", "list-remove-symbolic"},
-    {"minus.circle", "list-remove-symbolic"},
+    {"minus.circle", ":/Media/icons/minus.circle.svg"},
     {"clock.fill", "preferences-system-time-symbolic"},
     {"calendar.badge.clock", "x-office-calendar-symbolic"},
     {"exclamationmark.triangle.fill", "dialog-warning-symbolic"},
@@ -35,8 +36,8 @@ constexpr Voce tabella[] = {
     {"stop.fill", "media-playback-stop-symbolic"},
     {"square.and.arrow.up", "document-send-symbolic"},
     {"square.and.arrow.down", "document-open-symbolic"},
-    {"checkmark.circle", "object-select-symbolic"},
-    {"circle", "radio-symbolic"},
+    {"checkmark.circle", ":/Media/icons/checkmark.circle.svg"},
+    {"circle", ":/Media/icons/circle.svg"},
     {"exclamationmark.circle", "emblem-important-symbolic"},
     {"exclamationmark.triangle", "dialog-warning-symbolic"},
     {"trash", "user-trash-symbolic"},
@@ -67,6 +68,8 @@ QString nomeFreedesktop(const QString& simbolo) {
 
 QIcon icona(const QString& simbolo) {
     const QString nome = nomeFreedesktop(simbolo);
+    if (nome.startsWith(u':'))
+        return QIcon(nome);
     return nome.isEmpty() ? QIcon() : QIcon::fromTheme(nome);
 }
 

@@ -3,12 +3,16 @@
 #include "records/CSVText.h"
 #include "records/EmailSyntax.h"
 #include "records/Text.h"
+#include "screens/lists/ListeModel.h"
 #include "screens/lists/StatoLista.h"
 #include "ui/Palette.h"
 #include "ui/Rinfresco.h"
 #include "ui/Symbols.h"
 
 #include <QCoreApplication>
+#include <QGuiApplication>
+#include <QIcon>
+#include <QPalette>
 #include <QLocale>
 #include <QThread>
 
@@ -32,6 +36,20 @@ QList<QString> testiDiRicerca(const QList<QByteArray>& valori) {
         testi.append(std::move(testo));
     }
     return testi;
+}
+
+// The three icons of a row's state, made once: data() is asked for them at every paint of every row.
+const QIcon& iconaStato(StatoRiga stato) {
+    static const auto fai = [](StatoRiga s) {
+        QIcon icona = Symbols::iconaColorata(simbolo(s), Palette::colore(colore(s)));
+        // On a selected row the state's colour would vanish into the highlight.
+        const QColor scelta = QGuiApplication::palette().color(QPalette::HighlightedText);
+        for (int lato : {16, 24, 32})
+            icona.addPixmap(Symbols::pixmap(simbolo(s), scelta, lato), QIcon::Selected);
+        return icona;
+    };
+    static const QIcon icone[] = {fai(StatoRiga::esclusa), fai(StatoRiga::valida), fai(StatoRiga::nonValida)};
+    return icone[int(stato)];
 }
 
 // Beyond this many decoded rows the cache starts again: a table shows a screenful at a time.
@@ -266,7 +284,7 @@ QVariant ListDetailModel::data(const QModelIndex& indice, int ruolo) const {
     if (colonna == 0) {
         const StatoRiga stato = statoRiga(riga.isExcluded, riga.email);
         if (ruolo == Qt::DecorationRole)
-            return Symbols::iconaColorata(simbolo(stato), Palette::colore(colore(stato)));
+            return iconaStato(stato);
         if (ruolo == Qt::ToolTipRole)
             return testo(stato);
         return {};
@@ -285,7 +303,7 @@ QVariant ListDetailModel::data(const QModelIndex& indice, int ruolo) const {
     }
     if (colonna == colonnaUltimoInvio()) {
         if (ruolo == Qt::DisplayRole)
-            return riga.ultimoInvio ? QLocale().toString(riga.ultimoInvio->toLocalTime(), QLocale::ShortFormat)
+            return riga.ultimoInvio ? dataNumerica(*riga.ultimoInvio)
                                     : tr("mai");
         return {};
     }

@@ -1,6 +1,7 @@
 #include "screens/lists/ListDetailView.h"
 
 #include "screens/lists/ListDetailModel.h"
+#include "screens/lists/ListeModel.h"
 #include "ui/Dialoghi.h"
 #include "ui/Formati.h"
 #include "ui/Palette.h"
@@ -47,6 +48,7 @@ ListDetailView::ListDetailView(Store& store, RecordId lista, QWidget* genitore)
     m_tabella->horizontalHeader()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     m_tabella->horizontalHeader()->setDefaultSectionSize(140);
     m_tabella->horizontalHeader()->setHighlightSections(false);
+    m_tabella->horizontalHeader()->setStretchLastSection(true);
     colonna->addWidget(m_tabella, 1);
     colonna->addWidget(creaAzioni());
 
@@ -126,6 +128,11 @@ QWidget* ListDetailView::creaAzioni() {
     riga->addWidget(m_escludi);
     riga->addWidget(m_includi);
     riga->addWidget(m_globali);
+    m_selezionate = new QLabel(azioni);
+    m_selezionate->setObjectName(QStringLiteral("selezionate"));
+    m_selezionate->setStyleSheet(QStringLiteral("color: %1").arg(Palette::css(Palette::colore(Colore::secondary))));
+    riga->addSpacing(8);
+    riga->addWidget(m_selezionate);
     riga->addStretch(1);
     riga->addWidget(esporta);
     connect(m_escludi, &QPushButton::clicked, m_modello, &ListDetailModel::escludiSelezionate);
@@ -164,7 +171,7 @@ void ListDetailView::mostraTesta() {
         m_archiviata->setChecked(lista.isArchived);
     }
     aggiorna(m_origine, tr("Origine: ") + lista.sourceFileName + tr(" · importata il ") +
-                            QLocale().toString(lista.importedAt.toLocalTime(), QLocale::ShortFormat));
+                            giornoEOra(lista.importedAt));
     aggiorna(m_conteggio,
              formato(tr("%lld destinatari validi su %lld"), qint64(m_modello->validi()), qint64(m_modello->totale())));
     m_tabella->setColumnWidth(0, 22);
@@ -203,7 +210,12 @@ void ListDetailView::selezioneCambiata() {
 }
 
 void ListDetailView::aggiornaAzioni() {
-    const bool qualcuna = !m_modello->righeSelezionate().isEmpty();
+    const qsizetype quante = m_modello->righeSelezionate().size();
+    const bool qualcuna = quante > 0;
+    // Rows that the search hides stay selected: the count says so, since the commands act on them too.
+    aggiorna(m_selezionate, quante == 0   ? QString()
+                            : quante == 1 ? tr("1 selezionata")
+                                          : tr("%1 selezionate").arg(quante));
     m_escludi->setEnabled(qualcuna);
     m_includi->setEnabled(qualcuna);
     m_globali->setEnabled(qualcuna);

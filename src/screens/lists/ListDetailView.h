@@ -49,4 +49,5 @@ private:
     QPushButton* m_escludi = nullptr;
     QPushButton* m_includi = nullptr;
     QPushButton* m_globali = nullptr;
+    QLabel* m_selezionate = nullptr;
 };

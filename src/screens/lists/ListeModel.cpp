@@ -95,7 +95,19 @@ QString aiutoLegenda() {
                           "Blu: nessun invio ancora fatto");
 }
 
+namespace {
+// The interface speaks Italian whatever the system's language, and so do its dates.
+const QLocale italiano(QLocale::Italian, QLocale::Italy);
+} // namespace
+
 QString giornoBreve(const QDateTime& istante) {
-    return QLocale(QLocale::Italian, QLocale::Italy)
-        .toString(istante.toLocalTime().date(), QStringLiteral("d MMM yyyy"));
+    return italiano.toString(istante.toLocalTime().date(), QStringLiteral("d MMM yyyy"));
+}
+
+QString giornoEOra(const QDateTime& istante) {
+    return italiano.toString(istante.toLocalTime(), QStringLiteral("d MMM yyyy, HH:mm"));
+}
+
+QString dataNumerica(const QDateTime& istante) {
+    return italiano.toString(istante.toLocalTime(), QLocale::ShortFormat);
 }

@@ -45,3 +45,7 @@ private:
 QString aiutoLegenda();
 // A day as the master list shows it: day, abbreviated month and year, in Italian.
 QString giornoBreve(const QDateTime& istante);
+// The same day with its hour and minute: "23 nov 2026, 09:05".
+QString giornoEOra(const QDateTime& istante);
+// A numeric date with a short time, as the recipients' table shows a last send: "23/11/26 09:05".
+QString dataNumerica(const QDateTime& istante);
