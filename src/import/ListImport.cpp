@@ -146,12 +146,18 @@ bool ImportSheetState::importabile() const {
 }
 
 QList<ContactRow> ImportSheetState::righeDaImportare() const {
+    QSet<QString> visti;
+    return righeDaImportare(0, tabellaCorrente().rows.size(), visti);
+}
+
+QList<ContactRow> ImportSheetState::righeDaImportare(qsizetype inizio, qsizetype fine, QSet<QString>& visti) const {
     const CSVParser::Table& tabella = tabellaCorrente();
     const QStringList& colonne = tabella.columns;
+    fine = qMin(fine, tabella.rows.size());
     QList<ContactRow> risultato;
-    risultato.reserve(tabella.rows.size());
-    QSet<QString> visti;
-    for (const QStringList& riga : tabella.rows) {
+    risultato.reserve(qMax(qsizetype(0), fine - inizio));
+    for (qsizetype n = inizio; n < fine; ++n) {
+        const QStringList& riga = tabella.rows.at(n);
         // The same map as the table's dictionaries: of two equal names the later column wins.
         RowValues valori;
         valori.reserve(colonne.size());
@@ -181,10 +187,34 @@ ContactList ImportSheetState::listaDaImportare() const {
 }
 
 ContactList ImportSheetState::importa(Store& store) const {
-    ContactList lista = listaDaImportare();
-    QList<ContactRow> righe = righeDaImportare();
-    store.insert(lista);
-    store.insertRows(lista.id, righe);
-    store.save();
-    return lista;
+    Importazione importazione(*this, store);
+    while (!importazione.prossimaFetta()) {
+    }
+    return importazione.lista();
+}
+
+Importazione::Importazione(const ImportSheetState& stato, Store& store)
+    : m_stato(stato), m_store(store), m_lista(stato.listaDaImportare()) {
+    m_store.insert(m_lista);
+}
+
+qsizetype Importazione::totale() const {
+    return m_stato.tabellaCorrente().rows.size();
+}
+
+bool Importazione::prossimaFetta() {
+    // Slices also keep a large file's rows from standing in memory twice over.
+    constexpr qsizetype perFetta = 8192;
+    if (m_finita)
+        return true;
+    if (m_inizio < totale()) {
+        QList<ContactRow> righe = m_stato.righeDaImportare(m_inizio, m_inizio + perFetta, m_visti);
+        m_store.insertRows(m_lista.id, righe);
+        m_inizio = qMin(m_inizio + perFetta, totale());
+    }
+    if (m_inizio < totale())
+        return false;
+    m_store.save();
+    m_finita = true;
+    return true;
 }

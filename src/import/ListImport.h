@@ -4,6 +4,7 @@
 #include "records/ContactList.h"
 #include "records/ContactRow.h"
 
+#include <QSet>
 #include <QUuid>
 
 #include <optional>
@@ -63,6 +64,8 @@ public:
 
     // The rows the list would get, in file order, with their addresses normalised. Pure: no store involved.
     QList<ContactRow> righeDaImportare() const;
+    // The same for the data rows from `inizio` up to `fine`, with the addresses already taken before them.
+    QList<ContactRow> righeDaImportare(qsizetype inizio, qsizetype fine, QSet<QString>& visti) const;
     // The list as it is about to be stored, without its identity.
     ContactList listaDaImportare() const;
     // Stores the list and its rows and saves once. A failing save is ignored; the list is given back.
@@ -72,4 +75,28 @@ private:
     PendingImport m_pending;
     qsizetype m_rigaIntestazione = 0;
     mutable std::optional<CSVParser::Table> m_tabella;
+};
+
+// An import carried out a slice of rows at a time, so that a screen can show its progress between slices. All
+// slices go into the one transaction that the last one saves.
+class Importazione {
+public:
+    // Inserts the list itself; the state must outlive the import.
+    Importazione(const ImportSheetState& stato, Store& store);
+
+    // Inserts the next slice of rows; after the last one, saves once (a failing save is ignored) and says so.
+    bool prossimaFetta();
+    bool finita() const { return m_finita; }
+    // Data rows gone through so far, out of all.
+    qsizetype fatte() const { return m_inizio; }
+    qsizetype totale() const;
+    const ContactList& lista() const { return m_lista; }
+
+private:
+    const ImportSheetState& m_stato;
+    Store& m_store;
+    ContactList m_lista;
+    QSet<QString> m_visti;
+    qsizetype m_inizio = 0;
+    bool m_finita = false;
 };

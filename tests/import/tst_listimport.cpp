@@ -120,7 +120,8 @@ private Q_SLOTS:
 
     // The row keeps every value as it stood in the file; only its e-mail is normalised.
     void importaTieneIValori() {
-        ImportSheetState stato(parcheggiato(u"Nome;Email;Città\n\"Rossi, Mario\"; Mario@Example.IT ;Forlì\n"_s,
+        ImportSheetState stato(parcheggiato(u"Nome;Email;Città;Nota\n\"Rossi, Mario\"; Mario@Example.IT ;Forlì;"
+                                            u"\"Disse \"\"sì\"\"\n\tC:\\dati\x01\"\n"_s,
                                             u"/home/u/Documenti/clienti.2026.csv"_s));
         stato.nome = u"  Clienti  "_s;
         stato.tag = u" clienti 2026 "_s;
@@ -133,13 +134,38 @@ private Q_SLOTS:
         QCOMPARE(lista.tag, u" clienti 2026 "_s);
         QCOMPARE(lista.note, u"nota\nsu due righe"_s);
         QCOMPARE(lista.sourceFileName, u"clienti.2026.csv"_s);
-        QCOMPARE(lista.columns, (QStringList{u"Nome"_s, u"Email"_s, u"Città"_s}));
+        QCOMPARE(lista.columns, (QStringList{u"Nome"_s, u"Email"_s, u"Città"_s, u"Nota"_s}));
         const QList<ContactRow> righe = archivio.store->rows(fatta.id);
         QCOMPARE(righe.size(), 1);
         QCOMPARE(righe.first().email, u"mario@example.it"_s);
         QCOMPARE(righe.first().values.value(u"Email"_s), u" Mario@Example.IT "_s);
         QCOMPARE(righe.first().values.value(u"Nome"_s), u"Rossi, Mario"_s);
         QCOMPARE(righe.first().values.value(u"Città"_s), u"Forlì"_s);
+        // Quotes, line breaks, tabs, backslashes and control characters come back from the store as they went.
+        QCOMPARE(righe.first().values.value(u"Nota"_s), u"Disse \"sì\"\n\tC:\\dati\x01"_s);
+    }
+
+    // A large file goes in by slices: an address repeated in a later slice is still a duplicate, and every row
+    // ends up in the one save.
+    void importaAFette() {
+        QString testo = u"Email,Nome\n"_s;
+        for (int i = 0; i < 20000; ++i)
+            testo += u"p%1@example.it,Persona %2\n"_s.arg(i % 15000).arg(i);
+        ImportSheetState stato(parcheggiato(testo));
+        QCOMPARE(stato.conteggioValide(), qsizetype(15000));
+        TempStore archivio;
+        Importazione importazione(stato, *archivio.store);
+        int fette = 1;
+        while (!importazione.prossimaFetta()) {
+            QVERIFY(importazione.fatte() < importazione.totale());
+            ++fette;
+        }
+        QVERIFY(fette > 2);
+        QCOMPARE(importazione.fatte(), qsizetype(20000));
+        archivio.reopen();
+        const QList<ContactRow> righe = archivio.store->rows(importazione.lista().id);
+        QCOMPARE(righe.size(), 15000);
+        QCOMPARE(righe.last().values.value(u"Nome"_s), u"Persona 14999"_s);
     }
 
     void rigaIntestazione_data() {

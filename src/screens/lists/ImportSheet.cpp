@@ -13,10 +13,12 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QSpinBox>
 #include <QStandardItemModel>
 #include <QTableView>
+#include <QTimer>
 #include <QVBoxLayout>
 
 namespace {
@@ -51,8 +53,12 @@ ImportSheet::ImportSheet(PendingImport pending, Store& store, QWidget* genitore)
     m_fatti = nota(QString(), this);
     m_fatti->setObjectName(QStringLiteral("fattiFile"));
     colonna->addWidget(m_fatti);
-    colonna->addWidget(creaModulo());
-    colonna->addWidget(creaAnteprima(), 1);
+    m_modulo = new QWidget(this);
+    auto* corpo = new QVBoxLayout(m_modulo);
+    corpo->setContentsMargins(0, 0, 0, 0);
+    corpo->addWidget(creaModulo());
+    corpo->addWidget(creaAnteprima(), 1);
+    colonna->addWidget(m_modulo, 1);
 
     auto* piede = new QHBoxLayout;
     m_iconaPiede = new QLabel(this);
@@ -62,7 +68,14 @@ ImportSheet::ImportSheet(PendingImport pending, Store& store, QWidget* genitore)
     m_piede->setObjectName(QStringLiteral("piede"));
     piede->addWidget(m_iconaPiede);
     piede->addWidget(m_piede, 1);
+    m_progresso = new QProgressBar(this);
+    m_progresso->setObjectName(QStringLiteral("progresso"));
+    m_progresso->setTextVisible(false);
+    m_progresso->setMaximumWidth(220);
+    m_progresso->hide();
+    piede->addWidget(m_progresso);
     auto* annulla = new QPushButton(tr("Annulla"), this);
+    m_annulla = annulla;
     annulla->setObjectName(QStringLiteral("annulla"));
     m_importa = new QPushButton(tr("Importa"), this);
     m_importa->setObjectName(QStringLiteral("importa"));
@@ -74,6 +87,15 @@ ImportSheet::ImportSheet(PendingImport pending, Store& store, QWidget* genitore)
     connect(annulla, &QPushButton::clicked, this, &QDialog::reject);
     connect(m_importa, &QPushButton::clicked, this, &ImportSheet::importa);
     mostraTabella();
+}
+
+ImportSheet::~ImportSheet() {
+    // A screen closed halfway through an import: the rest goes in now, so no later save commits half a list.
+    if (m_importazione && !m_importazione->finita()) {
+        while (!m_importazione->prossimaFetta()) {
+        }
+        QApplication::restoreOverrideCursor();
+    }
 }
 
 QWidget* ImportSheet::creaModulo() {
@@ -223,11 +245,36 @@ void ImportSheet::mostraConteggio() {
 }
 
 void ImportSheet::importa() {
-    if (!m_stato.importabile())
+    if (!m_stato.importabile() || m_importazione)
         return;
-    QApplication::setOverrideCursor(Qt::WaitCursor);
-    const ContactList lista = m_stato.importa(m_store);
+    // The rows go in a slice per turn of the event loop, so the window stays alive and shows how far it got.
+    m_modulo->setEnabled(false);
+    m_importa->setEnabled(false);
+    m_annulla->setEnabled(false);
+    m_iconaPiede->hide();
+    m_piede->setText(tr("Importazione in corso…"));
+    m_progresso->setRange(0, int(m_stato.tabellaCorrente().rows.size()));
+    m_progresso->setValue(0);
+    m_progresso->show();
+    QApplication::setOverrideCursor(Qt::BusyCursor);
+    m_importazione = std::make_unique<Importazione>(m_stato, m_store);
+    QTimer::singleShot(0, this, &ImportSheet::prossimaFetta);
+}
+
+void ImportSheet::prossimaFetta() {
+    if (!m_importazione->prossimaFetta()) {
+        m_progresso->setValue(int(m_importazione->fatte()));
+        QTimer::singleShot(0, this, &ImportSheet::prossimaFetta);
+        return;
+    }
     QApplication::restoreOverrideCursor();
+    const ContactList lista = m_importazione->lista();
     Q_EMIT completata(lista);
     accept();
+}
+
+void ImportSheet::reject() {
+    // Once the rows are going in, the sheet closes only when they are all in.
+    if (!m_importazione)
+        QDialog::reject();
 }

@@ -4,10 +4,13 @@
 
 #include <QDialog>
 
+#include <memory>
+
 class QCheckBox;
 class QComboBox;
 class QLabel;
 class QLineEdit;
+class QProgressBar;
 class QPushButton;
 class QSpinBox;
 class QStandardItemModel;
@@ -21,6 +24,7 @@ class ImportSheet : public QDialog {
     Q_OBJECT
 public:
     ImportSheet(PendingImport pending, Store& store, QWidget* genitore);
+    ~ImportSheet() override;
 
     const ImportSheetState& stato() const { return m_stato; }
 
@@ -35,6 +39,8 @@ private:
     // Shows what derives from the column and the options: the preview's accent, the foot line, the buttons.
     void mostraConteggio();
     void importa();
+    void prossimaFetta();
+    void reject() override;
 
     ImportSheetState m_stato;
     Store& m_store;
@@ -52,4 +58,8 @@ private:
     QLabel* m_iconaPiede = nullptr;
     QLabel* m_piede = nullptr;
     QPushButton* m_importa = nullptr;
+    QPushButton* m_annulla = nullptr;
+    QWidget* m_modulo = nullptr;
+    QProgressBar* m_progresso = nullptr;
+    std::unique_ptr<Importazione> m_importazione;
 };

@@ -12,8 +12,8 @@
 #include <QCoreApplication>
 #include <QGuiApplication>
 #include <QIcon>
-#include <QPalette>
 #include <QLocale>
+#include <QPalette>
 #include <QThread>
 
 #include <numeric>
@@ -303,8 +303,7 @@ QVariant ListDetailModel::data(const QModelIndex& indice, int ruolo) const {
     }
     if (colonna == colonnaUltimoInvio()) {
         if (ruolo == Qt::DisplayRole)
-            return riga.ultimoInvio ? dataNumerica(*riga.ultimoInvio)
-                                    : tr("mai");
+            return riga.ultimoInvio ? dataNumerica(*riga.ultimoInvio) : tr("mai");
         return {};
     }
     if (colonna == colonnaUltimoEsito()) {

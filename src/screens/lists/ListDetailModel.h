@@ -35,6 +35,8 @@ public:
     int totale() const { return int(m_righe.size()); }
 
     QString ricerca() const { return m_ricerca; }
+    // Whether the search texts are made; until then the first search makes them itself.
+    bool testiPronti() const { return m_testiPronti; }
     void setRicerca(const QString& ricerca);
 
     // Selection, by row identity; kept for rows that the search hides.

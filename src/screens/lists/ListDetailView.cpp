@@ -170,8 +170,7 @@ void ListDetailView::mostraTesta() {
         const QSignalBlocker fermo(m_archiviata);
         m_archiviata->setChecked(lista.isArchived);
     }
-    aggiorna(m_origine, tr("Origine: ") + lista.sourceFileName + tr(" · importata il ") +
-                            giornoEOra(lista.importedAt));
+    aggiorna(m_origine, tr("Origine: ") + lista.sourceFileName + tr(" · importata il ") + giornoEOra(lista.importedAt));
     aggiorna(m_conteggio,
              formato(tr("%lld destinatari validi su %lld"), qint64(m_modello->validi()), qint64(m_modello->totale())));
     m_tabella->setColumnWidth(0, 22);
