@@ -106,10 +106,15 @@ public:
         QString ultimoEsitoRaw;
         QString ultimoDettaglio;
         QString ultimaCampagna;
-        QByteArray valori;
+        QString valori; // still encoded: `decodeRowValues` of its UTF-8 gives the values
     };
     // The rows of a list by address ascending (then by identity).
     QList<RigaDettaglio> righeDettaglio(RecordId listId) const;
+    // The same two readings through a connection of their own on the store's file, for a thread beside the
+    // interface. They see what was saved, so they stand in only while `leggibileAParte`.
+    static QHash<RecordId, AvanzamentoLista> avanzamentoListe(const QString& percorso);
+    static QList<RigaDettaglio> righeDettaglio(const QString& percorso, RecordId listId);
+    bool leggibileAParte() const { return !isInMemory() && !m_inTransaction; }
     // Every row of a list, values included, by address ascending (then by identity), as an export writes them.
     QList<ContactRow> righeOrdinatePerEmail(RecordId listId) const;
     bool impostaEsclusione(const QList<RecordId>& ids, bool esclusa);

@@ -7,6 +7,7 @@
 #include <QSqlQuery>
 
 #include <algorithm>
+#include <atomic>
 
 using namespace StoreTables;
 
@@ -33,14 +34,20 @@ Store::AvanzamentoLista Store::avanzamento(RecordId listId) const {
     return risultato;
 }
 
-QHash<RecordId, Store::AvanzamentoLista> Store::avanzamentoListe() const {
+namespace {
+
+const QString sqlAvanzamento = QStringLiteral("SELECT email, inviateCount, isExcluded, listId FROM ContactRow");
+const QString sqlDettaglio = QStringLiteral(
+    "SELECT id, email, isExcluded, inviateCount, ultimoInvio, ultimoEsitoRaw, ultimoDettaglio, ultimaCampagna, "
+    "\"values\" FROM ContactRow WHERE listId = ? ORDER BY email, id");
+
+QHash<RecordId, Store::AvanzamentoLista> leggiAvanzamento(QSqlQuery& query) {
     // Store order, not list order: rows of one import lie together, and a walk in table order needs no index.
-    QSqlQuery& query = prepared(QStringLiteral("SELECT email, inviateCount, isExcluded, listId FROM ContactRow"));
-    QHash<RecordId, AvanzamentoLista> risultato;
+    QHash<RecordId, Store::AvanzamentoLista> risultato;
     if (!query.exec())
         return risultato;
     RecordId corrente = -1;
-    AvanzamentoLista* voce = nullptr;
+    Store::AvanzamentoLista* voce = nullptr;
     while (query.next()) {
         const RecordId lista = query.value(3).toLongLong();
         if (lista != corrente || !voce) {
@@ -53,16 +60,13 @@ QHash<RecordId, Store::AvanzamentoLista> Store::avanzamentoListe() const {
     return risultato;
 }
 
-QList<Store::RigaDettaglio> Store::righeDettaglio(RecordId listId) const {
-    QSqlQuery& query = prepared(QStringLiteral(
-        "SELECT id, email, isExcluded, inviateCount, ultimoInvio, ultimoEsitoRaw, ultimoDettaglio, ultimaCampagna, "
-        "\"values\" FROM ContactRow WHERE listId = ? ORDER BY email, id"));
+QList<Store::RigaDettaglio> leggiDettaglio(QSqlQuery& query, RecordId listId) {
     query.bindValue(0, listId);
-    QList<RigaDettaglio> risultato;
+    QList<Store::RigaDettaglio> risultato;
     if (!query.exec())
         return risultato;
     while (query.next()) {
-        RigaDettaglio riga;
+        Store::RigaDettaglio riga;
         riga.id = query.value(0).toLongLong();
         riga.email = query.value(1).toString();
         riga.isExcluded = query.value(2).toBool();
@@ -71,11 +75,55 @@ QList<Store::RigaDettaglio> Store::righeDettaglio(RecordId listId) const {
         riga.ultimoEsitoRaw = query.value(5).toString();
         riga.ultimoDettaglio = query.value(6).toString();
         riga.ultimaCampagna = query.value(7).toString();
-        riga.valori = query.value(8).toString().toUtf8();
+        riga.valori = query.value(8).toString();
         risultato.append(std::move(riga));
     }
     query.finish();
     return risultato;
+}
+
+// A read-only connection of the calling thread's own, closed when the work is done.
+template <class F> auto conConnessioneDiLettura(const QString& percorso, F&& lavoro) {
+    static std::atomic<int> contatore{0};
+    const QString nome = QStringLiteral("brezzario-lettura-%1").arg(++contatore);
+    decltype(lavoro(std::declval<QSqlQuery&>())) risultato{};
+    {
+        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), nome);
+        db.setDatabaseName(percorso);
+        db.setConnectOptions(QStringLiteral("QSQLITE_OPEN_READONLY"));
+        if (db.open()) {
+            QSqlQuery query(db);
+            query.setForwardOnly(true);
+            risultato = lavoro(query);
+        }
+        db.close();
+    }
+    QSqlDatabase::removeDatabase(nome);
+    return risultato;
+}
+
+} // namespace
+
+QHash<RecordId, Store::AvanzamentoLista> Store::avanzamentoListe() const {
+    return leggiAvanzamento(prepared(sqlAvanzamento));
+}
+
+QHash<RecordId, Store::AvanzamentoLista> Store::avanzamentoListe(const QString& percorso) {
+    return conConnessioneDiLettura(percorso, [](QSqlQuery& query) {
+        query.prepare(sqlAvanzamento);
+        return leggiAvanzamento(query);
+    });
+}
+
+QList<Store::RigaDettaglio> Store::righeDettaglio(RecordId listId) const {
+    return leggiDettaglio(prepared(sqlDettaglio), listId);
+}
+
+QList<Store::RigaDettaglio> Store::righeDettaglio(const QString& percorso, RecordId listId) {
+    return conConnessioneDiLettura(percorso, [listId](QSqlQuery& query) {
+        query.prepare(sqlDettaglio);
+        return leggiDettaglio(query, listId);
+    });
 }
 
 QList<ContactRow> Store::righeOrdinatePerEmail(RecordId listId) const {

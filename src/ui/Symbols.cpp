@@ -2,6 +2,7 @@
 
 #include <QHash>
 #include <QPainter>
+#include <QPixmapCache>
 #include <QStandardPaths>
 
 namespace Symbols {
@@ -75,6 +76,12 @@ QIcon icona(const QString& simbolo) {
 
 QPixmap pixmap(const QString& simbolo, const QColor& colore, int lato, qreal rapporto) {
     const int pixel = qRound(lato * rapporto);
+    // Lists draw the same few symbols on every row at every paint: each is drawn from its file once.
+    const QString chiave =
+        QStringLiteral("brezzario-simbolo/%1/%2/%3/%4").arg(simbolo).arg(colore.rgba(), 0, 16).arg(pixel).arg(rapporto);
+    QPixmap giaFatta;
+    if (QPixmapCache::find(chiave, &giaFatta))
+        return giaFatta;
     QPixmap base = icona(simbolo).pixmap(QSize(pixel, pixel));
     QPixmap tinta(pixel, pixel);
     tinta.fill(Qt::transparent);
@@ -85,6 +92,7 @@ QPixmap pixmap(const QString& simbolo, const QColor& colore, int lato, qreal rap
         pittore.fillRect(tinta.rect(), colore);
     }
     tinta.setDevicePixelRatio(rapporto);
+    QPixmapCache::insert(chiave, tinta);
     return tinta;
 }
 

@@ -9,12 +9,12 @@
 #include "ui/Rinfresco.h"
 #include "ui/Symbols.h"
 
+#include "screens/lists/AParte.h"
 #include <QCoreApplication>
 #include <QGuiApplication>
 #include <QIcon>
 #include <QLocale>
 #include <QPalette>
-#include <QThread>
 
 #include <numeric>
 
@@ -23,12 +23,12 @@ namespace {
 // Between two values of a row in its search text: a character nobody types, so no match spans two values.
 constexpr QChar separatore(0x1F);
 
-QList<QString> testiDiRicerca(const QList<QByteArray>& valori) {
+QList<QString> testiDiRicerca(const QList<QString>& valori) {
     QList<QString> testi;
     testi.reserve(valori.size());
-    for (const QByteArray& codificati : valori) {
+    for (const QString& codificati : valori) {
         QString testo;
-        const RowValues riga = Store::decodeRowValues(codificati);
+        const RowValues riga = Store::decodeRowValues(codificati.toUtf8());
         for (auto it = riga.cbegin(); it != riga.cend(); ++it) {
             testo += Text::lowercased(it.value());
             testo += separatore;
@@ -83,60 +83,59 @@ void ListDetailModel::rileggiTesta() {
 
 ListDetailModel::~ListDetailModel() = default;
 
-void ListDetailModel::ricarica() {
-    beginResetModel();
-    m_lista = m_store.find<ContactList>(m_id);
-    m_colonne = m_lista ? m_lista->columns : QStringList();
-    const QList<Store::RigaDettaglio> prima = m_righe;
-    m_righe = m_lista ? m_store.righeDettaglio(m_id) : QList<Store::RigaDettaglio>();
-    m_valori.clear();
-    m_validi = 0;
-    for (const Store::RigaDettaglio& riga : std::as_const(m_righe))
+struct ListDetailModel::Caricamento {
+    QList<Store::RigaDettaglio> righe;
+    QList<QString> testi;
+    int validi = 0;
+};
+
+ListDetailModel::Caricamento ListDetailModel::carica(QList<Store::RigaDettaglio> righe) {
+    Caricamento caricamento;
+    for (const Store::RigaDettaglio& riga : std::as_const(righe))
         if (!riga.isExcluded && isValidEmailSyntax(riga.email))
-            ++m_validi;
-    // The search texts hold only values: a reload that moved no value (an outcome, an exclusion, an address
-    // recomputed) keeps them.
-    bool stessiValori = m_testiPronti && prima.size() == m_righe.size();
-    for (qsizetype i = 0; stessiValori && i < m_righe.size(); ++i)
-        stessiValori = prima.at(i).id == m_righe.at(i).id && prima.at(i).valori == m_righe.at(i).valori;
-    if (!stessiValori)
-        preparaRicerca();
+            ++caricamento.validi;
+    QList<QString> valori;
+    valori.reserve(righe.size());
+    for (const Store::RigaDettaglio& riga : std::as_const(righe))
+        valori.append(riga.valori);
+    caricamento.testi = testiDiRicerca(valori);
+    caricamento.righe = std::move(righe);
+    return caricamento;
+}
+
+void ListDetailModel::ricarica() {
+    m_lista = m_store.find<ContactList>(m_id);
+    const quint64 generazione = ++m_generazione;
+    if (!m_lista) {
+        applica({});
+        return;
+    }
+    // On a store file with nothing pending, a large list is read, counted and made searchable beside the
+    // interface; what is shown meanwhile is the previous reading.
+    if (m_store.leggibileAParte()) {
+        aParte<Caricamento>(
+            this, [percorso = m_store.path(), id = m_id] { return carica(Store::righeDettaglio(percorso, id)); },
+            [this, generazione](Caricamento caricamento) {
+                if (generazione == m_generazione)
+                    applica(std::move(caricamento));
+            });
+        return;
+    }
+    applica(carica(m_store.righeDettaglio(m_id)));
+}
+
+void ListDetailModel::applica(Caricamento caricamento) {
+    beginResetModel();
+    m_colonne = m_lista ? m_lista->columns : QStringList();
+    m_righe = std::move(caricamento.righe);
+    m_testi = std::move(caricamento.testi);
+    m_validi = caricamento.validi;
+    m_valori.clear();
+    m_caricato = true;
     filtra();
     endResetModel();
     Q_EMIT testaCambiata();
     Q_EMIT righeCambiate();
-}
-
-void ListDetailModel::preparaRicerca() {
-    m_testiPronti = false;
-    m_testi.clear();
-    const quint64 generazione = ++m_generazione;
-    if (m_righe.isEmpty()) {
-        m_testiPronti = true;
-        return;
-    }
-    QList<QByteArray> valori;
-    valori.reserve(m_righe.size());
-    for (const Store::RigaDettaglio& riga : std::as_const(m_righe))
-        valori.append(riga.valori);
-    // Decoding every row takes a moment on a large list: it runs beside the interface right after the load,
-    // so that the first keystroke of a search finds it done.
-    auto risultato = std::make_shared<QList<QString>>();
-    QThread* lavoro = QThread::create([valori = std::move(valori), risultato] { *risultato = testiDiRicerca(valori); });
-    connect(lavoro, &QThread::finished, this, [this, lavoro, risultato, generazione] {
-        lavoro->deleteLater();
-        if (generazione != m_generazione || m_testiPronti)
-            return;
-        m_testi = std::move(*risultato);
-        m_testiPronti = true;
-        if (!m_ricerca.isEmpty()) {
-            beginResetModel();
-            filtra();
-            endResetModel();
-            Q_EMIT righeCambiate();
-        }
-    });
-    lavoro->start(QThread::LowPriority);
 }
 
 void ListDetailModel::setRicerca(const QString& ricerca) {
@@ -155,15 +154,6 @@ void ListDetailModel::filtra() {
         m_filtrate.resize(m_righe.size());
         std::iota(m_filtrate.begin(), m_filtrate.end(), 0);
         return;
-    }
-    if (!m_testiPronti) {
-        // Asked before the texts were made beside the interface: made here, and the other result dropped.
-        QList<QByteArray> valori;
-        valori.reserve(m_righe.size());
-        for (const Store::RigaDettaglio& riga : std::as_const(m_righe))
-            valori.append(riga.valori);
-        m_testi = testiDiRicerca(valori);
-        m_testiPronti = true;
     }
     const QString cercato = Text::lowercased(m_ricerca);
     for (int i = 0; i < m_testi.size(); ++i)
@@ -272,7 +262,7 @@ const RowValues& ListDetailModel::valori(int indice) const {
         return *trovati;
     if (m_valori.size() >= valoriInCache)
         m_valori.clear();
-    return *m_valori.insert(indice, Store::decodeRowValues(m_righe.at(indice).valori));
+    return *m_valori.insert(indice, Store::decodeRowValues(m_righe.at(indice).valori.toUtf8()));
 }
 
 QVariant ListDetailModel::data(const QModelIndex& indice, int ruolo) const {

@@ -35,8 +35,8 @@ public:
     int totale() const { return int(m_righe.size()); }
 
     QString ricerca() const { return m_ricerca; }
-    // Whether the search texts are made; until then the first search makes them itself.
-    bool testiPronti() const { return m_testiPronti; }
+    // Whether the rows have arrived: on a store file they are read beside the interface.
+    bool caricato() const { return m_caricato; }
     void setRicerca(const QString& ricerca);
 
     // Selection, by row identity; kept for rows that the search hides.
@@ -72,9 +72,11 @@ Q_SIGNALS:
     void testaCambiata();
 
 private:
+    struct Caricamento;
+    static Caricamento carica(QList<Store::RigaDettaglio> righe);
+    void applica(Caricamento caricamento);
     void rileggiTesta();
     void filtra();
-    void preparaRicerca();
     const RowValues& valori(int indice) const;
     void salvaLista();
 
@@ -87,9 +89,9 @@ private:
     int m_validi = 0;
     QString m_ricerca;
     QSet<RecordId> m_selezione;
-    // The lower-cased values of every row, made off the main thread after a load; the search reads them.
+    // The lower-cased values of every row, made with the load; the search reads them.
     QList<QString> m_testi;
-    bool m_testiPronti = false;
+    bool m_caricato = false;
     quint64 m_generazione = 0;
     mutable QHash<int, RowValues> m_valori;
 };

@@ -1,5 +1,6 @@
 #include "screens/lists/ListeModel.h"
 
+#include "screens/lists/AParte.h"
 #include "ui/Rinfresco.h"
 
 #include <QLocale>
@@ -23,7 +24,6 @@ void ListeModel::ricarica() {
     QList<ContactList> liste = m_store.all<ContactList>();
     std::stable_sort(liste.begin(), liste.end(),
                      [](const ContactList& a, const ContactList& b) { return a.importedAt > b.importedAt; });
-    const QHash<RecordId, Store::AvanzamentoLista> avanzamenti = m_store.avanzamentoListe();
 
     QList<Voce> voci;
     Voce attive;
@@ -32,10 +32,10 @@ void ListeModel::ricarica() {
     attive.legenda = true;
     voci.append(attive);
     QList<Voce> archiviate;
-    for (const ContactList& lista : liste) {
+    for (const ContactList& lista : std::as_const(liste)) {
         Voce voce;
         voce.lista = lista;
-        voce.avanzamento = avanzamenti.value(lista.id);
+        voce.avanzamento = m_avanzamenti.value(lista.id);
         (lista.isArchived ? archiviate : voci).append(voce);
     }
     if (!archiviate.isEmpty()) {
@@ -49,6 +49,31 @@ void ListeModel::ricarica() {
     m_voci = std::move(voci);
     m_liste = int(liste.size());
     endResetModel();
+
+    // Every list's progress is one walk over all rows: on a store file with nothing pending it runs beside the
+    // interface, and the rows show their previous state until it is done.
+    const quint64 generazione = ++m_generazione;
+    if (m_store.leggibileAParte()) {
+        aParte<QHash<RecordId, Store::AvanzamentoLista>>(
+            this, [percorso = m_store.path()] { return Store::avanzamentoListe(percorso); },
+            [this, generazione](QHash<RecordId, Store::AvanzamentoLista> avanzamenti) {
+                if (generazione == m_generazione)
+                    applica(std::move(avanzamenti));
+            });
+        return;
+    }
+    applica(m_store.avanzamentoListe());
+}
+
+void ListeModel::applica(QHash<RecordId, Store::AvanzamentoLista> avanzamenti) {
+    m_avanzamenti = std::move(avanzamenti);
+    for (Voce& voce : m_voci)
+        if (!voce.intestazione)
+            voce.avanzamento = m_avanzamenti.value(voce.lista.id);
+    m_letto = true;
+    if (!m_voci.isEmpty())
+        Q_EMIT dataChanged(index(0), index(int(m_voci.size()) - 1));
+    Q_EMIT avanzamentoLetto();
 }
 
 int ListeModel::rowCount(const QModelIndex& genitore) const {

@@ -34,11 +34,21 @@ public:
     // The row of a list, or -1.
     int rigaDi(RecordId lista) const;
     bool vuoto() const { return m_liste == 0; }
+    // Whether every list's progress has been read at least once.
+    bool avanzamentoPronto() const { return m_letto; }
+
+Q_SIGNALS:
+    void avanzamentoLetto();
 
 private:
+    void applica(QHash<RecordId, Store::AvanzamentoLista> avanzamenti);
+
     Store& m_store;
     QList<Voce> m_voci;
     int m_liste = 0;
+    QHash<RecordId, Store::AvanzamentoLista> m_avanzamenti;
+    quint64 m_generazione = 0;
+    bool m_letto = false;
 };
 
 // The help text of the legend of the states.

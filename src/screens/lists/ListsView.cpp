@@ -1,5 +1,6 @@
 #include "screens/lists/ListsView.h"
 
+#include "screens/lists/AParte.h"
 #include "screens/lists/ImportSheet.h"
 #include "screens/lists/ListDetailView.h"
 #include "screens/lists/ListeModel.h"
@@ -20,7 +21,6 @@
 #include <QPushButton>
 #include <QSplitter>
 #include <QStackedWidget>
-#include <QThread>
 #include <QVBoxLayout>
 
 namespace {
@@ -127,6 +127,12 @@ QWidget* ListsView::creaVuoto() {
     return vuoto;
 }
 
+ListsView::~ListsView() {
+    // Left while a file was being read: its result will find no screen, and the cursor must not stay busy.
+    if (m_leggendo)
+        QApplication::restoreOverrideCursor();
+}
+
 ImportSheet* ListsView::foglio() const {
     return m_foglio;
 }
@@ -213,17 +219,15 @@ void ListsView::leggi(const QString& percorso) {
     m_lettura->show();
     QApplication::setOverrideCursor(Qt::BusyCursor);
     // A large file takes a moment to read and decode: that happens beside the interface, which stays alive.
-    auto lettura = std::make_shared<LetturaFile>();
-    QThread* lavoro = QThread::create([percorso, lettura] { *lettura = leggiFile(percorso); });
-    connect(lavoro, &QThread::finished, this, [this, lavoro, lettura] {
-        lavoro->deleteLater();
-        QApplication::restoreOverrideCursor();
-        m_leggendo = false;
-        m_importa->setEnabled(true);
-        m_lettura->hide();
-        letto(*lettura);
-    });
-    lavoro->start();
+    aParte<LetturaFile>(
+        this, [percorso] { return leggiFile(percorso); },
+        [this](LetturaFile lettura) {
+            QApplication::restoreOverrideCursor();
+            m_leggendo = false;
+            m_importa->setEnabled(true);
+            m_lettura->hide();
+            letto(lettura);
+        });
 }
 
 void ListsView::letto(const LetturaFile& lettura) {

@@ -21,6 +21,7 @@ class ListsView : public QWidget {
     Q_OBJECT
 public:
     explicit ListsView(Ambiente& ambiente, QWidget* genitore = nullptr);
+    ~ListsView() override;
 
     RecordId selezione() const { return m_selezione; }
     void seleziona(RecordId lista);

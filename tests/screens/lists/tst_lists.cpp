@@ -75,9 +75,13 @@ struct Banco {
         return vista.foglio();
     }
 
+    // The detail of a list, once its rows have arrived.
     ListDetailView* dettaglio(RecordId lista) {
         vista.seleziona(lista);
-        return vista.dettaglio();
+        ListDetailView* mostrato = vista.dettaglio();
+        if (!mostrato || !QTest::qWaitFor([mostrato] { return mostrato->modello().caricato(); }))
+            return nullptr;
+        return mostrato;
     }
 };
 
@@ -198,7 +202,8 @@ private Q_SLOTS:
         QTest::mouseClick(foglio->findChild<QPushButton*>(u"importa"_s), Qt::LeftButton);
         QTRY_VERIFY(banco.vista.dettaglio());
         QCOMPARE(banco.vista.dettaglio()->findChild<QLineEdit*>(u"nomeLista"_s)->text(), u"Clienti 2026"_s);
-        QCOMPARE(banco.vista.dettaglio()->findChild<QLabel*>(u"conteggio"_s)->text(), u"2 destinatari validi su 2"_s);
+        QTRY_COMPARE(banco.vista.dettaglio()->findChild<QLabel*>(u"conteggio"_s)->text(),
+                     u"2 destinatari validi su 2"_s);
         TestSupport::salvaSchermata(&banco.vista, u"lists-after-import"_s);
     }
 
