@@ -82,10 +82,12 @@ QList<Store::RigaDettaglio> leggiDettaglio(QSqlQuery& query, RecordId listId) {
     return risultato;
 }
 
+// One count for every reading beside the interface, whatever it reads: connection names must never meet.
+std::atomic<int> lettureAParte{0};
+
 // A read-only connection of the calling thread's own, closed when the work is done.
 template <class F> auto conConnessioneDiLettura(const QString& percorso, F&& lavoro) {
-    static std::atomic<int> contatore{0};
-    const QString nome = QStringLiteral("brezzario-lettura-%1").arg(++contatore);
+    const QString nome = QStringLiteral("brezzario-lettura-%1").arg(++lettureAParte);
     decltype(lavoro(std::declval<QSqlQuery&>())) risultato{};
     {
         QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), nome);

@@ -110,6 +110,12 @@ void ListDetailModel::ricarica() {
         applica({});
         return;
     }
+    if (m_lista->columns != m_colonne) {
+        // The table's columns are the list's own: shown at once, before the rows arrive.
+        beginResetModel();
+        m_colonne = m_lista->columns;
+        endResetModel();
+    }
     // On a store file with nothing pending, a large list is read, counted and made searchable beside the
     // interface; what is shown meanwhile is the previous reading.
     if (m_store.leggibileAParte()) {

@@ -171,8 +171,10 @@ void ListDetailView::mostraTesta() {
         m_archiviata->setChecked(lista.isArchived);
     }
     aggiorna(m_origine, tr("Origine: ") + lista.sourceFileName + tr(" · importata il ") + giornoEOra(lista.importedAt));
-    aggiorna(m_conteggio,
-             formato(tr("%lld destinatari validi su %lld"), qint64(m_modello->validi()), qint64(m_modello->totale())));
+    // Until the rows arrive there is nothing to count: saying 0 would be false.
+    aggiorna(m_conteggio, m_modello->caricato() ? formato(tr("%lld destinatari validi su %lld"),
+                                                          qint64(m_modello->validi()), qint64(m_modello->totale()))
+                                                : tr("Lettura dei destinatari…"));
     m_tabella->setColumnWidth(0, 22);
     m_tabella->setColumnWidth(m_modello->colonnaRicevute(), 70);
     m_tabella->setColumnWidth(m_modello->colonnaUltimoInvio(), 130);
