@@ -17,6 +17,7 @@
 #include <QPalette>
 
 #include <numeric>
+#include <utility>
 
 namespace {
 
@@ -118,12 +119,21 @@ void ListDetailModel::ricarica() {
     }
     // On a store file with nothing pending, a large list is read, counted and made searchable beside the
     // interface; what is shown meanwhile is the previous reading.
+    // One reading at a time: changes that come meanwhile ask for one more reading when it ends.
     if (m_store.leggibileAParte()) {
+        if (m_inLettura) {
+            m_daRileggere = true;
+            return;
+        }
+        m_inLettura = true;
         aParte<Caricamento>(
             this, [percorso = m_store.path(), id = m_id] { return carica(Store::righeDettaglio(percorso, id)); },
             [this, generazione](Caricamento caricamento) {
-                if (generazione == m_generazione)
+                m_inLettura = false;
+                if (generazione == m_generazione && !m_daRileggere)
                     applica(std::move(caricamento));
+                if (std::exchange(m_daRileggere, false))
+                    ricarica();
             });
         return;
     }

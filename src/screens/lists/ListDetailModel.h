@@ -92,6 +92,8 @@ private:
     // The lower-cased values of every row, made with the load; the search reads them.
     QList<QString> m_testi;
     bool m_caricato = false;
+    bool m_inLettura = false;
+    bool m_daRileggere = false;
     quint64 m_generazione = 0;
     mutable QHash<int, RowValues> m_valori;
 };

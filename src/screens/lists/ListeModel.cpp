@@ -6,6 +6,7 @@
 #include <QLocale>
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 constexpr int intervalloRinfresco = 250;
@@ -13,52 +14,26 @@ constexpr int intervalloRinfresco = 250;
 
 ListeModel::ListeModel(Store& store, QObject* genitore) : QAbstractListModel(genitore), m_store(store) {
     ricarica();
-    // Every list's progress is one walk over all rows: while a run saves after each message, a few times a
-    // second is plenty.
-    new Rinfresco(
-        store, Store::ContactLists | Store::ContactRows, [this](Store::Entities) { ricarica(); }, this,
-        intervalloRinfresco);
-}
-
-void ListeModel::ricarica() {
-    QList<ContactList> liste = m_store.all<ContactList>();
-    std::stable_sort(liste.begin(), liste.end(),
-                     [](const ContactList& a, const ContactList& b) { return a.importedAt > b.importedAt; });
-
-    QList<Voce> voci;
-    Voce attive;
-    attive.intestazione = true;
-    attive.titolo = tr("Attive");
-    attive.legenda = true;
-    voci.append(attive);
-    QList<Voce> archiviate;
-    for (const ContactList& lista : std::as_const(liste)) {
-        Voce voce;
-        voce.lista = lista;
-        voce.avanzamento = m_avanzamenti.value(lista.id);
-        (lista.isArchived ? archiviate : voci).append(voce);
-    }
-    if (!archiviate.isEmpty()) {
-        Voce intestazione;
-        intestazione.intestazione = true;
-        intestazione.titolo = tr("Archiviate");
-        voci.append(intestazione);
-        voci.append(archiviate);
-    }
-    beginResetModel();
-    m_voci = std::move(voci);
-    m_liste = int(liste.size());
-    endResetModel();
-
-    // Every list's progress is one walk over all rows: on a store file with nothing pending it runs beside the
-    // interface, and the rows show their previous state until it is done.
+    // Every list's progress is one walk over all rows. A change of the lists alone (a name, an archive) keeps
+    // what was read; otherwise, on a store file with nothing pending, the walk runs beside the interface, one at a
+    // time, and the rows show their previous state until it is done.
+    if (!rileggiAvanzamento && m_letto)
+        return;
     const quint64 generazione = ++m_generazione;
     if (m_store.leggibileAParte()) {
+        if (m_inLettura) {
+            m_daRileggere = true;
+            return;
+        }
+        m_inLettura = true;
         aParte<QHash<RecordId, Store::AvanzamentoLista>>(
             this, [percorso = m_store.path()] { return Store::avanzamentoListe(percorso); },
             [this, generazione](QHash<RecordId, Store::AvanzamentoLista> avanzamenti) {
-                if (generazione == m_generazione)
+                m_inLettura = false;
+                if (generazione == m_generazione && !m_daRileggere)
                     applica(std::move(avanzamenti));
+                if (std::exchange(m_daRileggere, false))
+                    ricarica();
             });
         return;
     }

@@ -23,8 +23,8 @@ public:
 
     explicit ListeModel(Store& store, QObject* genitore = nullptr);
 
-    // Reads the lists and every list's progress again.
-    void ricarica();
+    // Reads the lists again, and every list's progress unless told that only the lists changed.
+    void ricarica(bool rileggiAvanzamento = true);
 
     int rowCount(const QModelIndex& genitore = {}) const override;
     QVariant data(const QModelIndex& indice, int ruolo) const override;
@@ -49,6 +49,8 @@ private:
     QHash<RecordId, Store::AvanzamentoLista> m_avanzamenti;
     quint64 m_generazione = 0;
     bool m_letto = false;
+    bool m_inLettura = false;
+    bool m_daRileggere = false;
 };
 
 // The help text of the legend of the states.

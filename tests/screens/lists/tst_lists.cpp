@@ -358,6 +358,8 @@ private Q_SLOTS:
         // Ctrl-click adds a shown row to the selection without dropping the hidden one.
         const QRect cella = tabella->visualRect(modello.index(1, 2));
         QTest::mouseClick(tabella->viewport(), Qt::LeftButton, Qt::ControlModifier, cella.center());
+        // The hidden row is counted: the commands act on it too.
+        QCOMPARE(dettaglio->findChild<QLabel*>(u"selezionate"_s)->text(), u"2 selezionate"_s);
         TestSupport::salvaSchermata(dettaglio, u"lists-detail-search"_s);
         QTest::mouseClick(dettaglio->findChild<QPushButton*>(u"escludi"_s), Qt::LeftButton);
         QStringList escluse;
