@@ -14,6 +14,42 @@ constexpr int intervalloRinfresco = 250;
 
 ListeModel::ListeModel(Store& store, QObject* genitore) : QAbstractListModel(genitore), m_store(store) {
     ricarica();
+    // While a run saves after each message, a few refreshes a second are plenty.
+    new Rinfresco(
+        store, Store::ContactLists | Store::ContactRows,
+        [this](Store::Entities cosa) { ricarica(cosa.testFlag(Store::ContactRows)); }, this, intervalloRinfresco);
+}
+
+void ListeModel::ricarica(bool rileggiAvanzamento) {
+    QList<ContactList> liste = m_store.all<ContactList>();
+    std::stable_sort(liste.begin(), liste.end(),
+                     [](const ContactList& a, const ContactList& b) { return a.importedAt > b.importedAt; });
+
+    QList<Voce> voci;
+    Voce attive;
+    attive.intestazione = true;
+    attive.titolo = tr("Attive");
+    attive.legenda = true;
+    voci.append(attive);
+    QList<Voce> archiviate;
+    for (const ContactList& lista : std::as_const(liste)) {
+        Voce voce;
+        voce.lista = lista;
+        voce.avanzamento = m_avanzamenti.value(lista.id);
+        (lista.isArchived ? archiviate : voci).append(voce);
+    }
+    if (!archiviate.isEmpty()) {
+        Voce intestazione;
+        intestazione.intestazione = true;
+        intestazione.titolo = tr("Archiviate");
+        voci.append(intestazione);
+        voci.append(archiviate);
+    }
+    beginResetModel();
+    m_voci = std::move(voci);
+    m_liste = int(liste.size());
+    endResetModel();
+
     // Every list's progress is one walk over all rows. A change of the lists alone (a name, an archive) keeps
     // what was read; otherwise, on a store file with nothing pending, the walk runs beside the interface, one at a
     // time, and the rows show their previous state until it is done.
