@@ -19,7 +19,8 @@ peer=$("$python" "$here/../import/python_csv.py" "$file" 1)
 screen=$("$build/bench/lists/bench_lists" screen "$work" 2>/dev/null)
 value() { printf '%s\n' "$1" | awk -v k="$2" '$1 == k { print $2 }'; }
 
-echo "Lists, wall clock on a shared machine (goals: import <= 3 s; detail open and a keystroke <= 100 ms)\nThe machine is shared with other builds: compare CPU time and the ratios, not bare wall times."
+echo "Lists, wall clock (goals: import <= 3 s; detail open and a keystroke <= 100 ms)"
+echo "The machine is shared with other builds: compare CPU time and the ratios, not bare wall times."
 printf '%-52s %10s\n' "measure" "value"
 printf '%-52s %8s s\n' "import ${size_mb} MB: read and parse" "$(value "$import" import_read_parse)"
 printf '%-52s %8s s\n' "import: open the sheet (table, column, count)" "$(value "$import" import_sheet_open)"
