@@ -1,13 +1,14 @@
 #include "app/SectionScreens.h"
 
 #include "app/SegnapostoSezione.h"
+#include "screens/lists/ListsView.h"
 
 // One line per section: a screen that arrives replaces its section's line here.
 QWidget* creaSchermata(Sezione sezione, Ambiente& ambiente, QWidget* genitore) {
     Q_UNUSED(ambiente);
     switch (sezione) {
     case Sezione::liste:
-        return new SegnapostoSezione(Sezione::liste, genitore);
+        return new ListsView(ambiente, genitore);
     case Sezione::modelli:
         return new SegnapostoSezione(Sezione::modelli, genitore);
     case Sezione::campagne:

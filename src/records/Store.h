@@ -91,6 +91,44 @@ public:
     QList<QByteArray> valoriCodificati(RecordId listId, const QList<RecordId>& ids) const;
     static RowValues decodeRowValues(const QByteArray& encoded);
 
+    // What the Lists screen reads and writes.
+    // A list's sending progress: rows not excluded whose address is valid, and those among them contacted;
+    // with the number of all its rows, which the master list shows beside it.
+    struct AvanzamentoLista {
+        int validi = 0;
+        int contattati = 0;
+        int righe = 0;
+    };
+    AvanzamentoLista avanzamento(RecordId listId) const;
+    // Every list's progress in one walk over the rows; a list without rows is absent.
+    QHash<RecordId, AvanzamentoLista> avanzamentoListe() const;
+    // A row as the detail of a list shows it; the values stay encoded until the row is drawn or searched.
+    struct RigaDettaglio {
+        RecordId id = 0;
+        QString email;
+        bool isExcluded = false;
+        int inviateCount = 0;
+        std::optional<QDateTime> ultimoInvio;
+        QString ultimoEsitoRaw;
+        QString ultimoDettaglio;
+        QString ultimaCampagna;
+        QString valori; // still encoded: `decodeRowValues` of its UTF-8 gives the values
+    };
+    // The rows of a list by address ascending (then by identity).
+    QList<RigaDettaglio> righeDettaglio(RecordId listId) const;
+    // The same two readings through a connection of their own on the store's file, for a thread beside the
+    // interface. They see what was saved, so they stand in only while `leggibileAParte`.
+    static QHash<RecordId, AvanzamentoLista> avanzamentoListe(const QString& percorso);
+    static QList<RigaDettaglio> righeDettaglio(const QString& percorso, RecordId listId);
+    bool leggibileAParte() const { return !isInMemory() && !m_inTransaction; }
+    // Every row of a list, values included, by address ascending (then by identity), as an export writes them.
+    QList<ContactRow> righeOrdinatePerEmail(RecordId listId) const;
+    bool impostaEsclusione(const QList<RecordId>& ids, bool esclusa);
+    // Each row's address becomes its value under the column, normalised; "" where the row has none.
+    bool ricalcolaEmail(RecordId listId, const QString& colonna);
+    // The suppression with exactly this address, if any.
+    std::optional<Suppression> esclusionePer(const QString& email) const;
+
     QList<TemplateAttachment> attachments(RecordId templateId) const;
 
     QList<SendLog> logs(RecordId campaignId) const;

@@ -2,6 +2,7 @@
 
 #include <QHash>
 #include <QPainter>
+#include <QPixmapCache>
 #include <QStandardPaths>
 
 namespace Symbols {
@@ -13,7 +14,8 @@ struct Voce {
     const char* freedesktop;
 };
 
-// Symbolic icons only: they are drawn in one colour, which lets the screens tint them.
+// Symbolic icons only: they are drawn in one colour, which lets the screens tint them. Where the theme has no
+// fitting picture (the theme draws every check alike), a drawing of our own among the resources.
 constexpr Voce tabella[] = {
     {"tablecells", "x-office-spreadsheet-symbolic"},
     {"doc.richtext", "x-office-document-symbolic"},
@@ -22,10 +24,10 @@ constexpr Voce tabella[] = {
     {"nosign", "action-unavailable-symbolic"},
     {"gearshape.fill", "emblem-system-symbolic"},
     {"antenna.radiowaves.left.and.right", "network-wireless-hotspot-symbolic"},
-    {"checkmark.circle.fill", "emblem-ok-symbolic"},
+    {"checkmark.circle.fill", ":/Media/icons/checkmark.circle.fill.svg"},
     {"xmark.octagon.fill", "dialog-error-symbolic"},
     {"minus.circle.fill", "list-remove-symbolic"},
-    {"minus.circle", "list-remove-symbolic"},
+    {"minus.circle", ":/Media/icons/minus.circle.svg"},
     {"clock.fill", "preferences-system-time-symbolic"},
     {"calendar.badge.clock", "x-office-calendar-symbolic"},
     {"exclamationmark.triangle.fill", "dialog-warning-symbolic"},
@@ -34,6 +36,12 @@ constexpr Voce tabella[] = {
     {"play.fill", "media-playback-start-symbolic"},
     {"stop.fill", "media-playback-stop-symbolic"},
     {"square.and.arrow.up", "document-send-symbolic"},
+    {"square.and.arrow.down", "document-open-symbolic"},
+    {"checkmark.circle", ":/Media/icons/checkmark.circle.svg"},
+    {"circle", ":/Media/icons/circle.svg"},
+    {"exclamationmark.circle", "emblem-important-symbolic"},
+    {"exclamationmark.triangle", "dialog-warning-symbolic"},
+    {"trash", "user-trash-symbolic"},
 };
 
 } // namespace
@@ -61,11 +69,19 @@ QString nomeFreedesktop(const QString& simbolo) {
 
 QIcon icona(const QString& simbolo) {
     const QString nome = nomeFreedesktop(simbolo);
+    if (nome.startsWith(u':'))
+        return QIcon(nome);
     return nome.isEmpty() ? QIcon() : QIcon::fromTheme(nome);
 }
 
 QPixmap pixmap(const QString& simbolo, const QColor& colore, int lato, qreal rapporto) {
     const int pixel = qRound(lato * rapporto);
+    // Lists draw the same few symbols on every row at every paint: each is drawn from its file once.
+    const QString chiave =
+        QStringLiteral("brezzario-simbolo/%1/%2/%3/%4").arg(simbolo).arg(colore.rgba(), 0, 16).arg(pixel).arg(rapporto);
+    QPixmap giaFatta;
+    if (QPixmapCache::find(chiave, &giaFatta))
+        return giaFatta;
     QPixmap base = icona(simbolo).pixmap(QSize(pixel, pixel));
     QPixmap tinta(pixel, pixel);
     tinta.fill(Qt::transparent);
@@ -76,6 +92,7 @@ QPixmap pixmap(const QString& simbolo, const QColor& colore, int lato, qreal rap
         pittore.fillRect(tinta.rect(), colore);
     }
     tinta.setDevicePixelRatio(rapporto);
+    QPixmapCache::insert(chiave, tinta);
     return tinta;
 }
 

@@ -1,0 +1,220 @@
+#include "import/ListImport.h"
+
+#include "records/EmailSyntax.h"
+#include "records/Store.h"
+#include "records/Text.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QFileInfo>
+#include <QSet>
+
+namespace {
+
+constexpr qsizetype righeInAnteprima = 8;
+// From this many raw rows on, the header row is looked for among the first 31 only: a header further down
+// is not a header any spreadsheet writes.
+constexpr qsizetype righePerLimite = 32;
+constexpr qsizetype limiteRigaIntestazione = 30;
+
+QString tr(const char* testo) {
+    return QCoreApplication::translate("ListImport", testo);
+}
+
+} // namespace
+
+LetturaFile leggiFile(const QString& percorso) {
+    LetturaFile lettura;
+    QFile file(percorso);
+    if (!file.open(QIODevice::ReadOnly)) {
+        lettura.errore = tr("Impossibile aprire il file: %1").arg(file.errorString());
+        return lettura;
+    }
+    const QByteArray byte = file.readAll();
+    if (file.error() != QFileDevice::NoError) {
+        lettura.errore = tr("Impossibile aprire il file: %1").arg(file.errorString());
+        return lettura;
+    }
+    // Text holds no NUL byte except in UTF-16, which comes with its mark. Anything else with one is a picture,
+    // a spreadsheet's own format or an archive: read as ISO-8859-1, which takes any byte, it would be noise.
+    const bool conMarcaUtf16 = byte.startsWith("\xFF\xFE") || byte.startsWith("\xFE\xFF");
+    if (!conMarcaUtf16 && byte.contains('\0')) {
+        lettura.errore = CSVParser::ParseError(CSVParser::ParseError::unreadable).errorDescription();
+        return lettura;
+    }
+    try {
+        PendingImport pending;
+        pending.url = percorso;
+        pending.raw = CSVParser::parseRaw(byte);
+        lettura.pending = std::move(pending);
+    } catch (const CSVParser::ParseError& errore) {
+        lettura.errore = errore.errorDescription();
+    }
+    return lettura;
+}
+
+QString nomePredefinito(const QString& percorso) {
+    const QString nome = QFileInfo(percorso).fileName();
+    const qsizetype punto = nome.lastIndexOf(u'.');
+    return punto > 0 ? nome.left(punto) : nome;
+}
+
+QString descrizioneDelimitatore(QChar delimitatore) {
+    switch (delimitatore.unicode()) {
+    case u'\t':
+        return tr("tabulazione");
+    case u';':
+        return tr("punto e virgola");
+    case u'|':
+        return tr("barra verticale");
+    default:
+        return tr("virgola");
+    }
+}
+
+ImportSheetState::ImportSheetState(PendingImport pending) : m_pending(std::move(pending)) {
+    nome = nomePredefinito(m_pending.url);
+    m_rigaIntestazione = CSVParser::detectHeaderRow(m_pending.raw.rows);
+    aggiornaColonnaEmail();
+}
+
+void ImportSheetState::setRigaIntestazione(qsizetype riga) {
+    riga = qBound(qsizetype(0), riga, massimaRigaIntestazione());
+    if (riga == m_rigaIntestazione)
+        return;
+    m_rigaIntestazione = riga;
+    m_tabella.reset();
+    aggiornaColonnaEmail();
+}
+
+qsizetype ImportSheetState::massimaRigaIntestazione() const {
+    const qsizetype righe = m_pending.raw.rows.size();
+    if (righe >= righePerLimite)
+        return limiteRigaIntestazione;
+    return qMax(qsizetype(0), righe - 1);
+}
+
+const CSVParser::Table& ImportSheetState::tabellaCorrente() const {
+    // The table depends on the header row alone, so it is made again only when that moves.
+    if (!m_tabella)
+        m_tabella = CSVParser::table(m_pending.raw, m_rigaIntestazione);
+    return *m_tabella;
+}
+
+QList<QStringList> ImportSheetState::righeAnteprima() const {
+    const QList<QStringList>& righe = tabellaCorrente().rows;
+    return righe.size() > righeInAnteprima ? righe.first(righeInAnteprima) : righe;
+}
+
+qsizetype ImportSheetState::conteggioValide() const {
+    const CSVParser::Table& tabella = tabellaCorrente();
+    const qsizetype indice = tabella.columns.indexOf(colonnaEmail);
+    if (indice < 0 || colonnaEmail.isEmpty())
+        return 0;
+    QSet<QString> visti;
+    qsizetype conteggio = 0;
+    for (const QStringList& riga : tabella.rows) {
+        if (indice >= riga.size())
+            continue;
+        const QString indirizzo = Text::normalizedAddress(riga.at(indice));
+        if (!isValidEmailSyntax(indirizzo))
+            continue;
+        if (rimuoviDuplicati) {
+            if (visti.contains(indirizzo))
+                continue;
+            visti.insert(indirizzo);
+        }
+        ++conteggio;
+    }
+    return conteggio;
+}
+
+QString ImportSheetState::descrizioneDelimitatore() const {
+    return ::descrizioneDelimitatore(m_pending.raw.delimiter);
+}
+
+void ImportSheetState::aggiornaColonnaEmail() {
+    const CSVParser::Table& tabella = tabellaCorrente();
+    if (const std::optional<QString> indovinata = CSVParser::guessEmailColumn(tabella))
+        colonnaEmail = *indovinata;
+    else
+        colonnaEmail = tabella.columns.isEmpty() ? QString() : tabella.columns.first();
+}
+
+bool ImportSheetState::importabile() const {
+    return !Text::isBlank(nome) && !colonnaEmail.isEmpty();
+}
+
+QList<ContactRow> ImportSheetState::righeDaImportare() const {
+    QSet<QString> visti;
+    return righeDaImportare(0, tabellaCorrente().rows.size(), visti);
+}
+
+QList<ContactRow> ImportSheetState::righeDaImportare(qsizetype inizio, qsizetype fine, QSet<QString>& visti) const {
+    const CSVParser::Table& tabella = tabellaCorrente();
+    const QStringList& colonne = tabella.columns;
+    fine = qMin(fine, tabella.rows.size());
+    QList<ContactRow> risultato;
+    risultato.reserve(qMax(qsizetype(0), fine - inizio));
+    for (qsizetype n = inizio; n < fine; ++n) {
+        const QStringList& riga = tabella.rows.at(n);
+        // The same map as the table's dictionaries: of two equal names the later column wins.
+        RowValues valori;
+        valori.reserve(colonne.size());
+        for (qsizetype i = 0; i < colonne.size(); ++i)
+            if (!colonne.at(i).isEmpty())
+                valori.insert(colonne.at(i), i < riga.size() ? riga.at(i) : QString());
+        QString indirizzo = Text::normalizedAddress(valori.value(colonnaEmail));
+        if (scartaSenzaEmail && !isValidEmailSyntax(indirizzo))
+            continue;
+        // Empty addresses are never duplicates of each other; the first occurrence of an address stays.
+        if (rimuoviDuplicati && !indirizzo.isEmpty()) {
+            if (visti.contains(indirizzo))
+                continue;
+            visti.insert(indirizzo);
+        }
+        risultato.append(ContactRow(std::move(valori), std::move(indirizzo)));
+    }
+    return risultato;
+}
+
+ContactList ImportSheetState::listaDaImportare() const {
+    ContactList lista(Text::trimmedWhitespace(nome), QFileInfo(m_pending.url).fileName(), tabellaCorrente().columns,
+                      colonnaEmail);
+    lista.tag = tag;
+    lista.note = note;
+    return lista;
+}
+
+ContactList ImportSheetState::importa(Store& store) const {
+    Importazione importazione(*this, store);
+    while (!importazione.prossimaFetta()) {
+    }
+    return importazione.lista();
+}
+
+Importazione::Importazione(const ImportSheetState& stato, Store& store)
+    : m_stato(stato), m_store(store), m_lista(stato.listaDaImportare()) {
+    m_store.insert(m_lista);
+}
+
+qsizetype Importazione::totale() const {
+    return m_stato.tabellaCorrente().rows.size();
+}
+
+bool Importazione::prossimaFetta() {
+    // Slices also keep a large file's rows from standing in memory twice over.
+    constexpr qsizetype perFetta = 8192;
+    if (m_finita)
+        return true;
+    if (m_inizio < totale()) {
+        QList<ContactRow> righe = m_stato.righeDaImportare(m_inizio, m_inizio + perFetta, m_visti);
+        m_store.insertRows(m_lista.id, righe);
+        m_inizio = qMin(m_inizio + perFetta, totale());
+    }
+    if (m_inizio < totale())
+        return false;
+    m_store.save();
+    m_finita = true;
+    return true;
+}
