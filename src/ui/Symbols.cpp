@@ -34,6 +34,14 @@ constexpr Voce tabella[] = {
     {"play.fill", "media-playback-start-symbolic"},
     {"stop.fill", "media-playback-stop-symbolic"},
     {"square.and.arrow.up", "document-send-symbolic"},
+    {"plus", "list-add-symbolic"},
+    {"minus", "list-remove-symbolic"},
+    {"exclamationmark.triangle", "dialog-warning-symbolic"},
+    {"checkmark.shield", "security-high-symbolic"},
+    {"sparkles", "starred-symbolic"},
+    {"arrow.down.circle", "folder-download-symbolic"},
+    {"gauge.with.dots.needle.50percent", "power-profile-balanced-symbolic"},
+    {"bolt.horizontal", "network-transmit-receive-symbolic"},
 };
 
 } // namespace
