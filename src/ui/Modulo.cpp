@@ -5,6 +5,7 @@
 #include "ui/Symbols.h"
 
 #include <QFormLayout>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QPainter>
 #include <QStyleOptionButton>
@@ -31,6 +32,14 @@ SezioneModulo::SezioneModulo(const QString& titolo, QWidget* genitore) : QWidget
     m_righe->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
     m_righe->setLabelAlignment(Qt::AlignRight | Qt::AlignVCenter);
     colonna->addWidget(riquadro);
+}
+
+void SezioneModulo::aggiungiASinistra(QWidget* pezzo) {
+    auto* riga = new QHBoxLayout;
+    riga->setContentsMargins(0, 0, 0, 0);
+    riga->addWidget(pezzo);
+    riga->addStretch(1);
+    m_righe->addRow(riga);
 }
 
 QLabel* creaNota(const QString& testo, QWidget* genitore) {

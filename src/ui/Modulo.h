@@ -17,6 +17,8 @@ public:
     // An empty title gives a box with no heading.
     explicit SezioneModulo(const QString& titolo, QWidget* genitore = nullptr);
     QFormLayout* righe() const { return m_righe; }
+    // A row of one widget at its natural width, at the left (a button).
+    void aggiungiASinistra(QWidget* pezzo);
 
 private:
     QFormLayout* m_righe;

@@ -24,11 +24,15 @@ struct Scaricati {
 
 // A free coroutine with values for parameters, so that nothing it holds belongs to the panel.
 QCoro::Task<Scaricati> scaricaEventi(int giorni, QString chiave) {
+    // The result is awaited into a local first: GCC 12 mishandles a co_await inside a braced initialiser.
+    Scaricati scaricati;
     try {
-        co_return Scaricati{true, co_await BrevoAPI::indirizziDaEscludere(giorni, chiave), {}};
+        scaricati.eventi = co_await BrevoAPI::indirizziDaEscludere(giorni, chiave);
+        scaricati.riuscito = true;
     } catch (const BrevoAPI::Errore& errore) {
-        co_return Scaricati{false, {}, errore.errorDescription()};
+        scaricati.errore = errore.errorDescription();
     }
+    co_return scaricati;
 }
 
 } // namespace
@@ -40,6 +44,7 @@ RimbalziView::RimbalziView(Store& store, QWidget* genitore) : QWidget(genitore),
     colonna->setSpacing(6);
     auto* campi = new QFormLayout;
     campi->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
+    campi->setLabelAlignment(Qt::AlignRight | Qt::AlignVCenter);
     m_chiave = new QLineEdit(this);
     m_chiave->setObjectName(QStringLiteral("chiaveAPI"));
     m_chiave->setEchoMode(QLineEdit::Password);

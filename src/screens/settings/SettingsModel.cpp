@@ -105,9 +105,12 @@ void cambiaNomeUtente(SettingsStore& settings, const QString& nomeUtente) {
     config.username = nomeUtente;
     settings.setConfig(config);
     settings.reloadPasswordForCurrentAccount();
-    config = settings.config();
-    if (config.fromEmail.isEmpty() && isValidEmailSyntax(nomeUtente)) {
-        config.fromEmail = Text::normalizedAddress(nomeUtente);
+}
+
+void riempiMittenteDalNomeUtente(SettingsStore& settings) {
+    SMTPConfig config = settings.config();
+    if (config.fromEmail.isEmpty() && isValidEmailSyntax(config.username)) {
+        config.fromEmail = Text::normalizedAddress(config.username);
         settings.setConfig(config);
     }
 }

@@ -26,9 +26,12 @@ QString notaRitmo(Preset preset);
 // A provider's host, port 465, TLS and daily limit, then the password of the account that now applies.
 // Nothing for personalizzato. Pace, user name and sender stay as they are.
 void applica(SettingsStore& settings, Preset preset);
-// Writes the user name, reloads that account's password, and fills an empty sender with the name when it
-// is an address (once: a filled sender is left alone).
+// Writes the user name and reloads the password of the account that now applies.
 void cambiaNomeUtente(SettingsStore& settings, const QString& nomeUtente);
+// When the user is done with the user name: an empty sender takes it, trimmed and lower-cased, if it is an
+// address. Only once, since a filled sender is left alone; and not at each keystroke, where a half-typed
+// "mario@ditta.co" already passes as an address and would stick.
+void riempiMittenteDalNomeUtente(SettingsStore& settings);
 // Writes the host and reloads the password, since the account's key holds the host.
 void cambiaHost(SettingsStore& settings, const QString& host);
 

@@ -25,28 +25,28 @@
 
 namespace {
 
-void scrivi(QLineEdit* campo, const QString& valore) {
-    if (campo->hasFocus() || campo->text() == valore)
+void scrivi(QLineEdit* campo, const QString& valore, bool forza) {
+    if ((campo->hasFocus() && !forza) || campo->text() == valore)
         return;
     const QSignalBlocker blocco(campo);
     campo->setText(valore);
 }
 
-void scrivi(QLineEdit* campo, int valore) {
-    if (campo->hasFocus() || SettingsModel::intero(campo->text()) == valore)
+void scrivi(QLineEdit* campo, int valore, bool forza) {
+    if ((campo->hasFocus() && !forza) || SettingsModel::intero(campo->text()) == valore)
         return;
     const QSignalBlocker blocco(campo);
     campo->setText(QString::number(valore));
 }
 
-void scrivi(QPlainTextEdit* campo, const QString& valore) {
-    if (campo->hasFocus() || campo->toPlainText() == valore)
+void scrivi(QPlainTextEdit* campo, const QString& valore, bool forza) {
+    if ((campo->hasFocus() && !forza) || campo->toPlainText() == valore)
         return;
     const QSignalBlocker blocco(campo);
     campo->setPlainText(valore);
 }
 
-void scrivi(QCheckBox* interruttore, bool valore) {
+void scrivi(QCheckBox* interruttore, bool valore, bool) {
     const QSignalBlocker blocco(interruttore);
     interruttore->setChecked(valore);
 }
@@ -105,7 +105,7 @@ SettingsView::SettingsView(Ambiente ambiente, QWidget* genitore)
     colonna->addStretch(1);
     m_scorrimento->setWidget(contenuto);
 
-    connect(&m_ambiente.settings, &SettingsStore::changed, this, &SettingsView::aggiorna);
+    connect(&m_ambiente.settings, &SettingsStore::changed, this, [this] { aggiorna(); });
     connect(m_motoreProva.get(), &SendEngine::changed, this, &SettingsView::aggiornaProva);
     aggiorna();
     aggiornaProva();
@@ -130,11 +130,11 @@ void SettingsView::scriviConfig(const std::function<void(SMTPConfig&)>& cambia) 
         m_ambiente.settings.setConfig(config);
 }
 
-void SettingsView::aggiorna() {
+void SettingsView::aggiorna(bool forza) {
     SettingsStore& settings = m_ambiente.settings;
     const SMTPConfig config = settings.config();
     const Preset preset = SettingsModel::presetCorrente(config.host);
-    aggiornaProfili();
+    aggiornaProfili(forza);
 
     {
         const QSignalBlocker blocco(m_provider);
@@ -143,42 +143,42 @@ void SettingsView::aggiorna() {
     const QString suggerimento = SettingsModel::suggerimentoProvider(preset);
     ::aggiorna(m_suggerimento, suggerimento);
     m_suggerimento->setVisible(!suggerimento.isEmpty());
-    scrivi(m_host, config.host);
-    scrivi(m_porta, config.port);
-    scrivi(m_tls, config.useTLS);
-    scrivi(m_nomeUtente, config.username);
-    scrivi(m_password, settings.password());
+    scrivi(m_host, config.host, forza);
+    scrivi(m_porta, config.port, forza);
+    scrivi(m_tls, config.useTLS, forza);
+    scrivi(m_nomeUtente, config.username, forza);
+    scrivi(m_password, settings.password(), forza);
 
-    scrivi(m_nomeMittente, config.fromName);
-    scrivi(m_indirizzoMittente, config.fromEmail);
-    scrivi(m_rispondiA, config.replyTo);
+    scrivi(m_nomeMittente, config.fromName, forza);
+    scrivi(m_indirizzoMittente, config.fromEmail, forza);
+    scrivi(m_rispondiA, config.replyTo, forza);
     m_avvisoMittente->setTesto(SettingsModel::avvisoMittente(config.fromEmail));
     m_dominio->imposta(SettingsModel::dominioMittente(config.fromEmail), config.host);
 
-    scrivi(m_piePagina, config.piePaginaAttivo);
+    scrivi(m_piePagina, config.piePaginaAttivo, forza);
     for (QWidget* campo : {static_cast<QWidget*>(m_motivazione), static_cast<QWidget*>(m_disiscrizione),
                            static_cast<QWidget*>(m_mittentePostale), static_cast<QWidget*>(m_notaPiePagina)})
         m_righePiePagina->setRowVisible(campo, config.piePaginaAttivo);
-    scrivi(m_motivazione, config.motivazioneContatto);
-    scrivi(m_disiscrizione, config.emailDisiscrizione);
+    scrivi(m_motivazione, config.motivazioneContatto, forza);
+    scrivi(m_disiscrizione, config.emailDisiscrizione, forza);
     m_disiscrizione->setPlaceholderText(SettingsModel::promptDisiscrizione(config));
-    scrivi(m_mittentePostale, config.mittentePostale);
-    scrivi(m_verificaDomini, config.verificaDomini);
-    scrivi(m_escludiRifiutati, config.escludiRifiutati);
+    scrivi(m_mittentePostale, config.mittentePostale, forza);
+    scrivi(m_verificaDomini, config.verificaDomini, forza);
+    scrivi(m_escludiRifiutati, config.escludiRifiutati, forza);
 
     {
         const QSignalBlocker blocco(m_pausa);
         m_pausa->setValue(qRound(config.delayBetweenMessages * 2));
     }
     ::aggiorna(m_valorePausa, SettingsModel::pausa(config.delayBetweenMessages));
-    scrivi(m_limite, config.dailyLimit);
+    scrivi(m_limite, config.dailyLimit, forza);
     ::aggiorna(m_notaRitmo, SettingsModel::notaRitmo(preset));
 
     aggiornaBrevo(preset == Preset::brevo);
     m_prova->setAbilitato(!config.host.isEmpty());
 }
 
-void SettingsView::aggiornaProfili() {
+void SettingsView::aggiornaProfili(bool forza) {
     const SettingsStore& settings = m_ambiente.settings;
     QStringList nomi;
     for (const ProfiloInvio& profilo : settings.profili())
@@ -192,7 +192,7 @@ void SettingsView::aggiornaProfili() {
         m_profilo->addItems(nomi);
     }
     m_profilo->setCurrentIndex(settings.indiceAttivo());
-    scrivi(m_nomeProfilo, settings.nomeProfiloAttivo());
+    scrivi(m_nomeProfilo, settings.nomeProfiloAttivo(), forza);
     m_elimina->setEnabled(settings.profili().size() >= 2);
 }
 

@@ -63,9 +63,10 @@ private:
     QLineEdit* campo(QFormLayout* righe, const QString& etichetta, const char* nome);
     QCheckBox* interruttore(QFormLayout* righe, const QString& testo, const char* nome);
 
-    // Reads the stores again. A field the user is typing in is left alone; it catches up when left.
-    void aggiorna();
-    void aggiornaProfili();
+    // Reads the stores again. A field the user is typing in is left alone, and catches up when left, unless
+    // `forza`: after another profile or provider was chosen, every field shows the new values.
+    void aggiorna(bool forza = false);
+    void aggiornaProfili(bool forza);
     void aggiornaBrevo(bool brevo);
     void aggiornaProva();
     void scriviConfig(const std::function<void(SMTPConfig&)>& cambia);

@@ -42,8 +42,10 @@ QLineEdit* SettingsView::campo(QFormLayout* righe, const QString& etichetta, con
     campo->setObjectName(QLatin1String(nome));
     righe->addRow(etichetta, campo);
     // A field left after typing shows again what the store holds (a change from the other window).
-    connect(campo, &QLineEdit::editingFinished, this,
-            [this] { QMetaObject::invokeMethod(this, &SettingsView::aggiorna, Qt::QueuedConnection); });
+    connect(campo, &QLineEdit::editingFinished, this, [this] {
+        QMetaObject::invokeMethod(
+            this, [this] { aggiorna(); }, Qt::QueuedConnection);
+    });
     return campo;
 }
 
@@ -63,17 +65,22 @@ SezioneModulo* SettingsView::creaServizio() {
     m_profilo->setMinimumContentsLength(12);
     connect(m_profilo, &QComboBox::activated, this, [this](int indice) {
         m_ambiente.settings.selezionaProfilo(indice);
-        aggiorna();
+        aggiorna(true);
     });
     m_aggiungi = new QPushButton(Symbols::icona(QStringLiteral("plus")), QString(), sezione);
     m_aggiungi->setObjectName(QStringLiteral("aggiungiProfilo"));
     m_aggiungi->setToolTip(tr("Aggiungi un altro servizio di invio"));
-    connect(m_aggiungi, &QPushButton::clicked, this,
-            [this] { m_ambiente.settings.aggiungiProfilo(tr("Nuovo profilo"), Preset::personalizzato); });
+    connect(m_aggiungi, &QPushButton::clicked, this, [this] {
+        m_ambiente.settings.aggiungiProfilo(tr("Nuovo profilo"), Preset::personalizzato);
+        aggiorna(true);
+    });
     m_elimina = new QPushButton(Symbols::icona(QStringLiteral("minus")), QString(), sezione);
     m_elimina->setObjectName(QStringLiteral("eliminaProfilo"));
     m_elimina->setToolTip(tr("Elimina questo profilo"));
-    connect(m_elimina, &QPushButton::clicked, this, [this] { m_ambiente.settings.eliminaProfiloAttivo(); });
+    connect(m_elimina, &QPushButton::clicked, this, [this] {
+        m_ambiente.settings.eliminaProfiloAttivo();
+        aggiorna(true);
+    });
     auto* scelta = new QHBoxLayout;
     scelta->addWidget(m_profilo, 1);
     scelta->addWidget(m_aggiungi);
@@ -98,7 +105,7 @@ SezioneModulo* SettingsView::creaServer() {
     connect(m_provider, &QComboBox::activated, this, [this](int indice) {
         SettingsModel::applica(m_ambiente.settings, tuttiIPreset().at(indice));
         // Personalizzato changes nothing, and the picker goes back to what the host says.
-        aggiorna();
+        aggiorna(true);
     });
     righe->addRow(tr("Provider"), m_provider);
     m_suggerimento = creaNota(QString(), sezione);
@@ -119,6 +126,8 @@ SezioneModulo* SettingsView::creaServer() {
     m_nomeUtente = campo(righe, tr("Nome utente"), "nomeUtente");
     connect(m_nomeUtente, &QLineEdit::textEdited, this,
             [this](const QString& nome) { SettingsModel::cambiaNomeUtente(m_ambiente.settings, nome); });
+    connect(m_nomeUtente, &QLineEdit::editingFinished, this,
+            [this] { SettingsModel::riempiMittenteDalNomeUtente(m_ambiente.settings); });
     m_password = campo(righe, tr("Password"), "password");
     m_password->setEchoMode(QLineEdit::Password);
     connect(m_password, &QLineEdit::textEdited, this,
@@ -232,7 +241,7 @@ SezioneModulo* SettingsView::creaProva() {
                                tr("Simula una spedizione"), sezione);
     m_simula->setObjectName(QStringLiteral("simula"));
     connect(m_simula, &QPushButton::clicked, this, &SettingsView::simulaSpedizione);
-    sezione->righe()->addRow(m_simula);
+    sezione->aggiungiASinistra(m_simula);
     sezione->righe()->addRow(creaNota(tr("Apre il cruscotto con una spedizione finta di 60 destinatari: nessun "
                                          "messaggio viene spedito e l'archivio non viene toccato. Serve a vedere "
                                          "come si comporta l'invio prima di lanciare una campagna vera."),
@@ -245,7 +254,7 @@ SezioneModulo* SettingsView::creaConnessione() {
     m_prova = new PulsanteAttesa(QStringLiteral("bolt.horizontal"), tr("Prova connessione"), sezione);
     m_prova->setObjectName(QStringLiteral("provaConnessione"));
     connect(m_prova, &QPushButton::clicked, this, &SettingsView::provaConnessione);
-    sezione->righe()->addRow(m_prova);
+    sezione->aggiungiASinistra(m_prova);
     m_esitoProvaVista = new NotaView(QStringLiteral("xmark.octagon.fill"), Colore::red, sezione);
     m_esitoProvaVista->setObjectName(QStringLiteral("esitoProva"));
     m_esitoProvaVista->setTesto(QString());
