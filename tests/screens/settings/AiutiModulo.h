@@ -28,7 +28,14 @@ inline void digita(QLineEdit* campo, const QString& testo) {
     campo->setFocus();
     campo->selectAll();
     QTest::keyClick(campo, Qt::Key_Backspace);
-    QTest::keyClicks(campo, testo);
+    // QTest types ASCII only; anything else arrives as a paste would.
+    bool ascii = true;
+    for (QChar c : testo)
+        ascii = ascii && c.unicode() < 0x80;
+    if (ascii)
+        QTest::keyClicks(campo, testo);
+    else
+        campo->insert(testo);
     QTest::keyClick(campo, Qt::Key_Return);
 }
 
