@@ -59,6 +59,7 @@ DominioCheckView::DominioCheckView(QString dominio, QString hostSMTP, QWidget* g
     m_pulsante->setObjectName(QStringLiteral("verificaDominio"));
     connect(m_pulsante, &QPushButton::clicked, this, &DominioCheckView::verifica);
     colonna->addWidget(m_pulsante, 0, Qt::AlignLeft);
+    colonna->addStretch(1);
     mostra();
 }
 

@@ -77,6 +77,7 @@ RimbalziView::RimbalziView(Store& store, QWidget* genitore) : QWidget(genitore),
     connect(m_chiave, &QLineEdit::textEdited, this, &RimbalziView::cambiaChiave);
     connect(m_periodo, &QComboBox::activated, this, [this] { m_giorni = m_periodo->currentData().toInt(); });
     connect(m_pulsante, &QPushButton::clicked, this, &RimbalziView::scarica);
+    colonna->addStretch(1);
     mostra();
 }
 

@@ -98,6 +98,7 @@ VerificaDominiView::VerificaDominiView(Store& store, QWidget* genitore) : QWidge
         colonna->addWidget(pezzo);
     colonna->addWidget(m_aggiungi, 0, Qt::AlignLeft);
     colonna->addWidget(m_aggiunti);
+    colonna->addStretch(1);
     mostra();
 }
 

@@ -46,6 +46,17 @@ void scrivi(QPlainTextEdit* campo, const QString& valore, bool forza) {
     campo->setPlainText(valore);
 }
 
+// A row of a section shown or hidden as a whole, so that a hidden note leaves no gap behind.
+void mostraRiga(QWidget* riga, bool visibile) {
+    auto* righe = qobject_cast<QFormLayout*>(riga->parentWidget()->layout());
+    if (!righe || riga->isVisibleTo(riga->parentWidget()) == visibile)
+        return;
+    righe->setRowVisible(riga, visibile);
+    // The form keeps the height it had for the row's wrapped text until told otherwise.
+    righe->invalidate();
+    riga->parentWidget()->updateGeometry();
+}
+
 void scrivi(QCheckBox* interruttore, bool valore, bool) {
     const QSignalBlocker blocco(interruttore);
     interruttore->setChecked(valore);
@@ -142,7 +153,7 @@ void SettingsView::aggiorna(bool forza) {
     }
     const QString suggerimento = SettingsModel::suggerimentoProvider(preset);
     ::aggiorna(m_suggerimento, suggerimento);
-    m_suggerimento->setVisible(!suggerimento.isEmpty());
+    mostraRiga(m_suggerimento, !suggerimento.isEmpty());
     scrivi(m_host, config.host, forza);
     scrivi(m_porta, config.port, forza);
     scrivi(m_tls, config.useTLS, forza);
@@ -153,6 +164,7 @@ void SettingsView::aggiorna(bool forza) {
     scrivi(m_indirizzoMittente, config.fromEmail, forza);
     scrivi(m_rispondiA, config.replyTo, forza);
     m_avvisoMittente->setTesto(SettingsModel::avvisoMittente(config.fromEmail));
+    mostraRiga(m_avvisoMittente, !m_avvisoMittente->testo().isEmpty());
     m_dominio->imposta(SettingsModel::dominioMittente(config.fromEmail), config.host);
 
     scrivi(m_piePagina, config.piePaginaAttivo, forza);
@@ -216,6 +228,7 @@ void SettingsView::aggiornaProva() {
     else
         m_esitoProvaVista->setAspetto(QStringLiteral("xmark.octagon.fill"), Colore::red);
     m_esitoProvaVista->setTesto(m_esitoProva.value_or(QString()));
+    mostraRiga(m_esitoProvaVista, m_esitoProva.has_value());
 }
 
 void SettingsView::provaConnessione() {

@@ -7,6 +7,7 @@
 #include "settings/SettingsStore.h"
 #include "TempStore.h"
 #include "TestEnvironment.h"
+#include "ui/Symbols.h"
 
 #include <QPushButton>
 #include <QSettings>
@@ -34,6 +35,7 @@ private:
 
 private Q_SLOTS:
     void initTestCase() {
+        Symbols::preparaTemaIcone();
         QVERIFY2(!qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS"), "run through with-keyring.sh");
     }
 

@@ -9,6 +9,7 @@
 #include "screens/settings/SettingsView.h"
 #include "settings/SettingsStore.h"
 #include "TestEnvironment.h"
+#include "ui/Symbols.h"
 
 #include <QSettings>
 
@@ -39,6 +40,7 @@ QList<NsdServer::Zone> zone() {
 } // namespace
 
 void TestSettingsScreen::initTestCase() {
+    Symbols::preparaTemaIcone();
     m_ca = std::make_unique<TestCA>();
     m_altraCA = std::make_unique<TestCA>();
     QVERIFY(m_ca->isValid());
