@@ -159,7 +159,7 @@ QString esitoAggiunta(int aggiunti) {
 
 int aggiungiAgliEsclusi(Store& store, const Riepilogo& riepilogo, bool includiIncerti) {
     QSet<QString> esclusi = store.suppressedEmails();
-    const QHash<QString, QList<ContactRow>> righe = store.righePerEmail();
+    const QHash<QString, QList<ContactRow>> righe = store.righePerEmail(); // rows without their values
     int aggiunti = 0;
     auto escludi = [&](const QStringList& indirizzi, const QString& motivo) {
         for (const QString& indirizzo : indirizzi) {
@@ -168,10 +168,8 @@ int aggiungiAgliEsclusi(Store& store, const Riepilogo& riepilogo, bool includiIn
             Suppression esclusione(indirizzo, motivo);
             store.insert(esclusione);
             esclusi.insert(indirizzo);
-            for (ContactRow riga : righe.value(indirizzo)) {
-                riga.isExcluded = true;
-                store.update(riga);
-            }
+            for (const ContactRow& riga : righe.value(indirizzo))
+                store.updateRowExcluded(riga.id, true);
             ++aggiunti;
         }
     };

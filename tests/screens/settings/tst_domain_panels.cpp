@@ -2,6 +2,7 @@
 
 #include "AiutiModulo.h"
 #include "app/SettingsWindow.h"
+#include "records/Text.h"
 #include "screens/domains/DominioCheckView.h"
 #include "screens/domains/RimbalziView.h"
 #include "screens/domains/VerificaDominiView.h"
@@ -35,6 +36,7 @@ void aggiungiLista(Store& store, const QString& nome, const QStringList& indiriz
     for (const QString& indirizzo : indirizzi) {
         ContactRow riga;
         riga.email = indirizzo;
+        riga.values = {{QStringLiteral("ragione sociale"), QStringLiteral("Ditta di ") + indirizzo}};
         righe.append(riga);
     }
     QVERIFY(store.insertRows(lista.id, righe));
@@ -205,8 +207,12 @@ void TestSettingsScreen::verificaDomini() {
     QCOMPARE(motivi.value("bruno@solo-sito.it"), QStringLiteral("dominio senza server di posta (controllo DNS)"));
     const auto righe = store.righePerEmail();
     QCOMPARE(righe.value("carla@sparito.it").size(), 2);
-    for (const ContactRow& riga : righe.value("carla@sparito.it"))
-        QVERIFY(riga.isExcluded);
+    // Marked, with every other field of the row as it was.
+    for (const ContactRow& riga : store.all<ContactRow>())
+        if (Text::normalizedAddress(riga.email) == QLatin1String("carla@sparito.it")) {
+            QVERIFY(riga.isExcluded);
+            QCOMPARE(riga.values.value(QStringLiteral("ragione sociale")), QStringLiteral("Ditta di ") + riga.email);
+        }
     QVERIFY(!righe.value("anna@ferramenta-rossi.it").first().isExcluded);
     QVERIFY(TestSupport::salvaSchermata(&pannello, QStringLiteral("verifica-domini-aggiunti")));
 }
