@@ -67,7 +67,7 @@ void scrivi(QCheckBox* interruttore, bool valore, bool) {
 SettingsView::SettingsView(Ambiente ambiente, QWidget* genitore)
     : QWidget(genitore), m_ambiente(ambiente), m_motoreProva(std::make_shared<SendEngine>()),
       m_scorrimento(new QScrollArea(this)) {
-    setObjectName(QStringLiteral("impostazioni"));
+    setObjectName(QStringLiteral("schermata-impostazioni"));
     auto* esterno = new QVBoxLayout(this);
     esterno->setContentsMargins(0, 0, 0, 0);
     m_scorrimento->setObjectName(QStringLiteral("scorrimentoImpostazioni"));
