@@ -42,6 +42,13 @@ void SezioneModulo::aggiungiASinistra(QWidget* pezzo) {
     m_righe->addRow(riga);
 }
 
+QVBoxLayout* colonnaPannello(QWidget* pannello) {
+    auto* colonna = new QVBoxLayout(pannello);
+    colonna->setContentsMargins(0, 0, 0, 0);
+    colonna->setSpacing(6);
+    return colonna;
+}
+
 QLabel* creaNota(const QString& testo, QWidget* genitore) {
     auto* nota = new QLabel(testo, genitore);
     nota->setWordWrap(true);

@@ -6,6 +6,7 @@
 class QFormLayout;
 class QLabel;
 class QTimer;
+class QVBoxLayout;
 
 // The pieces of the settings forms: titled groups of fields, small notes, and buttons that turn into a
 // spinner while their work runs.
@@ -23,6 +24,9 @@ public:
 private:
     QFormLayout* m_righe;
 };
+
+// The column of a panel that stands inside a section: no margins of its own, rows close together.
+QVBoxLayout* colonnaPannello(QWidget* pannello);
 
 // A wrapping note in caption size and the secondary colour.
 QLabel* creaNota(const QString& testo, QWidget* genitore);

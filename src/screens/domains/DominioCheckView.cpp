@@ -32,9 +32,7 @@ Aspetto aspettoDi(DNSCheck::Esito::Caso caso) {
 DominioCheckView::DominioCheckView(QString dominio, QString hostSMTP, QWidget* genitore, OnEsito onEsito)
     : QWidget(genitore), m_dominio(std::move(dominio)), m_hostSMTP(std::move(hostSMTP)), m_onEsito(std::move(onEsito)) {
     setObjectName(QStringLiteral("dominioCheck"));
-    auto* colonna = new QVBoxLayout(this);
-    colonna->setContentsMargins(0, 0, 0, 0);
-    colonna->setSpacing(6);
+    QVBoxLayout* colonna = colonnaPannello(this);
     m_introduzione = creaNota(tr("Controlla SPF, DKIM e DMARC del dominio con cui spedisci: senza questi record i "
                                  "messaggi vengono accettati dai server ma finiscono quasi sempre nella posta "
                                  "indesiderata."),

@@ -39,9 +39,7 @@ QCoro::Task<Scaricati> scaricaEventi(int giorni, QString chiave) {
 
 RimbalziView::RimbalziView(Store& store, QWidget* genitore) : QWidget(genitore), m_store(store) {
     setObjectName(QStringLiteral("rimbalzi"));
-    auto* colonna = new QVBoxLayout(this);
-    colonna->setContentsMargins(0, 0, 0, 0);
-    colonna->setSpacing(6);
+    QVBoxLayout* colonna = colonnaPannello(this);
     auto* campi = new QFormLayout;
     campi->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
     campi->setLabelAlignment(Qt::AlignRight | Qt::AlignVCenter);

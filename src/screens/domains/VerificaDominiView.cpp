@@ -42,9 +42,7 @@ NotaView* riga(const char* simbolo, Colore colore, const char* nome, QWidget* ge
 
 VerificaDominiView::VerificaDominiView(Store& store, QWidget* genitore) : QWidget(genitore), m_store(store) {
     setObjectName(QStringLiteral("verificaDomini"));
-    auto* colonna = new QVBoxLayout(this);
-    colonna->setContentsMargins(0, 0, 0, 0);
-    colonna->setSpacing(6);
+    QVBoxLayout* colonna = colonnaPannello(this);
     colonna->addWidget(creaNota(tr("Interroga il DNS di ogni dominio presente nelle liste, esattamente come fa "
                                    "l'invio. Serve a scoprire in anticipo gli indirizzi di aziende chiuse, che "
                                    "altrimenti rimbalzerebbero facendo salire il tasso di errore del servizio."),
