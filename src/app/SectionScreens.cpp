@@ -2,10 +2,10 @@
 
 #include "app/SegnapostoSezione.h"
 #include "screens/lists/ListsView.h"
+#include "screens/settings/SettingsView.h"
 
 // One line per section: a screen that arrives replaces its section's line here.
 QWidget* creaSchermata(Sezione sezione, Ambiente& ambiente, QWidget* genitore) {
-    Q_UNUSED(ambiente);
     switch (sezione) {
     case Sezione::liste:
         return new ListsView(ambiente, genitore);
@@ -18,7 +18,7 @@ QWidget* creaSchermata(Sezione sezione, Ambiente& ambiente, QWidget* genitore) {
     case Sezione::esclusi:
         return new SegnapostoSezione(Sezione::esclusi, genitore);
     case Sezione::impostazioni:
-        return new SegnapostoSezione(Sezione::impostazioni, genitore);
+        return new SettingsView(ambiente, genitore);
     }
     return new SegnapostoSezione(sezione, genitore);
 }

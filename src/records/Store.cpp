@@ -424,6 +424,14 @@ bool Store::updateRowOutcome(const ContactRow& row) {
     return ok;
 }
 
+bool Store::updateRowExcluded(RecordId rowId, bool isExcluded) {
+    beginChange(ContactRows);
+    QSqlQuery& query = prepared(QStringLiteral("UPDATE ContactRow SET isExcluded = ? WHERE id = ?"));
+    const bool ok = execWith(query, {isExcluded, rowId});
+    query.finish();
+    return ok;
+}
+
 QList<TemplateAttachment> Store::attachments(RecordId templateId) const {
     static const QString sql = selectSql<TemplateAttachment>(QStringLiteral("WHERE templateId = ? ORDER BY id"));
     QSqlQuery& query = prepared(sql);

@@ -71,6 +71,8 @@ public:
     bool insertRows(RecordId listId, QList<ContactRow>& rows);
     // Writes only the statistics fields of a row, which is what an outcome changes.
     bool updateRowOutcome(const ContactRow& row);
+    // Writes only the exclusion mark of a row, for callers that hold rows without their values.
+    bool updateRowExcluded(RecordId rowId, bool isExcluded);
 
     // What planning reads of a list: each row's identity, address and exclusion, in store order, without the
     // values (decoding them is most of the cost of reading a row, and only the recipients of a run need them).

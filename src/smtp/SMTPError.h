@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QAbstractSocket>
 #include <QByteArray>
 #include <QCoreApplication>
 #include <QString>
@@ -20,6 +21,9 @@ public:
     static SMTPError connectionClosed();
     static SMTPError timeout();
     static SMTPError notConnected();
+    // What the user reads of a connection the socket layer gave up on, in Italian whatever the platform's
+    // own text is: a closed port, an unknown host, a certificate that isn't trusted.
+    static QString testoConnessione(const QAbstractSocket& socket);
 
     Case kind() const { return m_case; }
     // The payload: the text of transport and authenticationFailed, the server's text of unexpectedReply.

@@ -279,7 +279,7 @@ SMTPError SMTPSession::socketFailure() const {
     case QAbstractSocket::UnknownSocketError:
         return SMTPError::connectionClosed();
     default:
-        return SMTPError::transport(m_connection->errorString());
+        return SMTPError::transport(SMTPError::testoConnessione(*m_connection));
     }
 }
 

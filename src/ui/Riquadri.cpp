@@ -126,20 +126,24 @@ void DatoInlineView::imposta(const DatoInline& dato) {
 }
 
 NotaView::NotaView(const QString& simbolo, Colore colore, QWidget* genitore)
-    : QWidget(genitore), m_testo(new QLabel(this)) {
+    : QWidget(genitore), m_immagine(new QLabel(this)), m_testo(new QLabel(this)), m_colore(colore) {
     auto* riga = new QHBoxLayout(this);
     riga->setContentsMargins(0, 0, 0, 0);
     riga->setSpacing(6);
-    auto* immagine = new QLabel(this);
-    immagine->setPixmap(Symbols::pixmap(simbolo, Palette::colore(colore), 14, devicePixelRatioF()));
-    immagine->setAlignment(Qt::AlignTop);
+    m_immagine->setAlignment(Qt::AlignTop);
     m_testo->setObjectName(QStringLiteral("testo"));
     m_testo->setWordWrap(true);
-    m_testo->setStyleSheet(coloreTesto(colore));
     m_testo->setFont(carattereScalato(font(), 0.9));
     m_testo->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    riga->addWidget(immagine, 0, Qt::AlignTop);
+    setAspetto(simbolo, colore);
+    riga->addWidget(m_immagine, 0, Qt::AlignTop);
     riga->addWidget(m_testo, 1);
+}
+
+void NotaView::setAspetto(const QString& simbolo, Colore colore) {
+    m_colore = colore;
+    m_immagine->setPixmap(Symbols::pixmap(simbolo, Palette::colore(colore), 14, devicePixelRatioF()));
+    m_testo->setStyleSheet(coloreTesto(colore));
 }
 
 void NotaView::setTesto(const QString& testo) {

@@ -63,9 +63,14 @@ public:
     NotaView(const QString& simbolo, Colore colore, QWidget* genitore = nullptr);
     void setTesto(const QString& testo);
     QString testo() const;
+    // Another symbol and colour, for a note whose meaning changes (a success or a failure).
+    void setAspetto(const QString& simbolo, Colore colore);
+    Colore colore() const { return m_colore; }
 
 private:
+    QLabel* m_immagine;
     QLabel* m_testo;
+    Colore m_colore;
 };
 
 // Sets a label's text only when it changed, so that a refresh at every turn costs no layout.

@@ -42,6 +42,13 @@ constexpr Voce tabella[] = {
     {"exclamationmark.circle", "emblem-important-symbolic"},
     {"exclamationmark.triangle", "dialog-warning-symbolic"},
     {"trash", "user-trash-symbolic"},
+    {"plus", "list-add-symbolic"},
+    {"minus", "list-remove-symbolic"},
+    {"checkmark.shield", "security-high-symbolic"},
+    {"sparkles", "starred-symbolic"},
+    {"arrow.down.circle", "folder-download-symbolic"},
+    {"gauge.with.dots.needle.50percent", "power-profile-balanced-symbolic"},
+    {"bolt.horizontal", "network-transmit-receive-symbolic"},
 };
 
 } // namespace

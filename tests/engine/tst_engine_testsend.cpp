@@ -83,7 +83,8 @@ void TestEngine::invioDiProvaFallito_data() {
                                        << "Invio di prova fallito: Risposta inattesa a RCPT TO: 550 5.1.1 Utente "
                                           "sconosciuto";
     QTest::newRow("nothing listens") << "" << false
-                                     << "Invio di prova fallito: Errore di connessione: Connection refused";
+                                     << "Invio di prova fallito: Errore di connessione: il server ha rifiutato la "
+                                        "connessione (nessun servizio su questa porta)";
 }
 
 void TestEngine::invioDiProvaFallito() {

@@ -351,7 +351,8 @@ void TestSMTP::invalidPort_data() {
     QTest::newRow("65536") << 65536 << invalid + "65536";
     QTest::newRow("largest int") << std::numeric_limits<int>::max() << invalid + "2147483647";
     // The highest valid port goes to the network, where nobody listens on it.
-    QTest::newRow("65535") << 65535 << "Errore di connessione: Connection refused";
+    QTest::newRow("65535")
+        << 65535 << "Errore di connessione: il server ha rifiutato la connessione (nessun servizio su questa porta)";
 }
 
 void TestSMTP::invalidPort() {

@@ -100,10 +100,10 @@ void TestSMTP::refusedCertificate_data() {
     QTest::addColumn<QString>("description");
     QTest::newRow("issuer not trusted")
         << false << QStringList() << QStringList{Loopback::smtp}
-        << "Errore di connessione: The issuer certificate of a locally looked up certificate could not be found";
+        << "Errore di connessione: il certificato del server non è attendibile";
     QTest::newRow("certificate for another host")
         << true << QStringList{"altro.prova.example"} << QStringList{"127.0.0.99"}
-        << "Errore di connessione: The host name did not match any of the valid hosts for this certificate";
+        << "Errore di connessione: il certificato del server non corrisponde al nome dell'host";
 }
 
 // The user's credentials must never reach a server whose certificate fails: the session stops at the
