@@ -1,6 +1,7 @@
 #include "app/SectionScreens.h"
 
 #include "app/SegnapostoSezione.h"
+#include "screens/templates/TemplatesView.h"
 
 // One line per section: a screen that arrives replaces its section's line here.
 QWidget* creaSchermata(Sezione sezione, Ambiente& ambiente, QWidget* genitore) {
@@ -9,7 +10,7 @@ QWidget* creaSchermata(Sezione sezione, Ambiente& ambiente, QWidget* genitore) {
     case Sezione::liste:
         return new SegnapostoSezione(Sezione::liste, genitore);
     case Sezione::modelli:
-        return new SegnapostoSezione(Sezione::modelli, genitore);
+        return new TemplatesView(ambiente, genitore);
     case Sezione::campagne:
         return new SegnapostoSezione(Sezione::campagne, genitore);
     case Sezione::storico:

@@ -1,5 +1,6 @@
 #include "ui/Symbols.h"
 
+#include <QFile>
 #include <QHash>
 #include <QPainter>
 #include <QStandardPaths>
@@ -34,6 +35,24 @@ constexpr Voce tabella[] = {
     {"play.fill", "media-playback-start-symbolic"},
     {"stop.fill", "media-playback-stop-symbolic"},
     {"square.and.arrow.up", "document-send-symbolic"},
+    {"bold", "format-text-bold-symbolic"},
+    {"italic", "format-text-italic-symbolic"},
+    {"underline", "format-text-underline-symbolic"},
+    {"strikethrough", "format-text-strikethrough-symbolic"},
+    {"list.bullet", "view-list-bullet-symbolic"},
+    {"list.number", "view-list-ordered-symbolic"},
+    {"text.alignleft", "format-justify-left-symbolic"},
+    {"text.aligncenter", "format-justify-center-symbolic"},
+    {"text.alignright", "format-justify-right-symbolic"},
+    {"link", "insert-link-symbolic"},
+    {"photo", "insert-image-symbolic"},
+    {"minus", "list-remove-symbolic"},
+    {"eraser", "edit-clear-all-symbolic"},
+    {"paperclip", "mail-attachment-symbolic"},
+    {"trash", "user-trash-symbolic"},
+    {"paperplane", "mail-send-symbolic"},
+    {"info.circle", "dialog-information-symbolic"},
+    {"plus", "list-add-symbolic"},
 };
 
 } // namespace
@@ -61,7 +80,11 @@ QString nomeFreedesktop(const QString& simbolo) {
 
 QIcon icona(const QString& simbolo) {
     const QString nome = nomeFreedesktop(simbolo);
-    return nome.isEmpty() ? QIcon() : QIcon::fromTheme(nome);
+    if (!nome.isEmpty())
+        return QIcon::fromTheme(nome);
+    // Symbols the theme has no picture for are drawn by the program itself.
+    const QString proprio = QStringLiteral(":/Media/icons/%1.svg").arg(simbolo);
+    return QFile::exists(proprio) ? QIcon(proprio) : QIcon();
 }
 
 QPixmap pixmap(const QString& simbolo, const QColor& colore, int lato, qreal rapporto) {
