@@ -49,8 +49,9 @@
         return chip;
     }
 
+    // A zero-width space after the chip gives the caret a place to land; it never reaches the template.
     function chipHTML(nome) {
-        return creaChip(nome).outerHTML;
+        return creaChip(nome).outerHTML + '\u200B';
     }
 
     // Every {{nome}} in the text of the tree becomes a chip; attributes (a link's address) keep the
@@ -96,7 +97,7 @@
         copia.querySelectorAll('[contenteditable]').forEach(function (nodo) {
             nodo.removeAttribute('contenteditable');
         });
-        return copia.innerHTML;
+        return copia.innerHTML.replace(/\u200B/g, '');
     }
 
     // --- Messages ---------------------------------------------------------------------------------
@@ -166,8 +167,23 @@
         notaChange();
     }
 
+    // The browser rewrites inline styles as it inserts (a "border-top:1px solid" loses its width): the
+    // styles are marked before and put back as written after.
     function inserisci(html) {
-        comando('insertHTML', html);
+        var modello = document.createElement('div');
+        modello.innerHTML = html;
+        var stili = [];
+        modello.querySelectorAll('[style]').forEach(function (nodo) {
+            nodo.setAttribute('data-brz-stile', String(stili.length));
+            stili.push(nodo.getAttribute('style'));
+        });
+        comando('insertHTML', modello.innerHTML);
+        radice.querySelectorAll('[data-brz-stile]').forEach(function (nodo) {
+            var stile = stili[Number(nodo.getAttribute('data-brz-stile'))];
+            nodo.removeAttribute('data-brz-stile');
+            if (stile !== undefined)
+                nodo.setAttribute('style', stile);
+        });
     }
 
     // --- Pasting ----------------------------------------------------------------------------------
@@ -361,11 +377,8 @@
             'font-family:Arial,Helvetica,sans-serif;font-size:15px;font-weight:bold;line-height:1.2;' +
             'color:#ffffff;text-decoration:none;border-radius:6px;">' + escapeHTML(etichetta) + '</a>' +
             '</td></tr></table><div><br></div>';
-        ripristinaSelezione();
-        document.execCommand('insertHTML', false, html);
+        inserisci(html);
         bloccaPulsanti(radice);
-        ricordaSelezione();
-        notaChange();
     }
 
     var COMANDI = ['bold', 'italic', 'underline', 'strikeThrough', 'foreColor', 'hiliteColor',
@@ -380,8 +393,8 @@
             if (!valore)
                 return;
         }
-        // Inline styles rather than <font>: mail clients keep them.
-        document.execCommand('styleWithCSS', false, true);
+        // Colours as inline styles rather than <font>, which some mail clients drop; the rest as plain tags.
+        document.execCommand('styleWithCSS', false, nome === 'foreColor' || nome === 'hiliteColor');
         comando(nome, valore);
     }
 
@@ -406,7 +419,6 @@
                 span.appendChild(vecchio.firstChild);
             vecchio.parentNode.replaceChild(span, vecchio);
         });
-        document.execCommand('styleWithCSS', false, true);
         notaChange();
     }
 

@@ -46,7 +46,7 @@ QString EditorToolbar::lineaSeparatrice() {
 
 EditorToolbar::EditorToolbar(EditorController* editor, QWidget* genitore) : QWidget(genitore), m_editor(editor) {
     setObjectName(QStringLiteral("editorToolbar"));
-    auto* flusso = new FlowLayout(this, 10);
+    auto* flusso = new FlowLayout(this, 6);
     flusso->setContentsMargins(8, 6, 8, 6);
 
     auto* carattere = new QToolButton(this);

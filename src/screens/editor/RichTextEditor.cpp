@@ -72,7 +72,8 @@ RichTextEditor::RichTextEditor(EditorController* controller, const QString& init
     const QUrl indirizzo = percorso.isEmpty() ? QUrl() : QUrl(QStringLiteral("qrc") + percorso);
     auto* pagina = new PaginaEditor(indirizzo, this);
     pagina->setWebChannel(m_canale);
-    pagina->setBackgroundColor(Qt::transparent);
+    // The page paints its own white sheet; a transparent view shows nothing on some X servers.
+    pagina->setBackgroundColor(Qt::white);
     pagina->settings()->setAttribute(QWebEngineSettings::LocalContentCanAccessFileUrls, true);
     pagina->settings()->setAttribute(QWebEngineSettings::JavascriptCanOpenWindows, false);
     setPage(pagina);

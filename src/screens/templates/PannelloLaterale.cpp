@@ -149,8 +149,9 @@ void PannelloLaterale::mostra(const MessageTemplate& modello, const std::optiona
                                            : tr("Clicca un campo per inserirlo nel punto in cui si trova il cursore."));
     mostraCampi(campi);
     const QStringList mancanti = TemplatesModel::campiMancanti(modello, riferimento);
-    m_mancanti->setVisible(!mancanti.isEmpty());
-    m_mancanti->setTesto(tr("Campi non presenti nella lista: ") + mancanti.join(QStringLiteral(", ")));
+    m_mancanti->setTesto(mancanti.isEmpty() ? QString()
+                                            : tr("Campi non presenti nella lista: ") +
+                                                  mancanti.join(QStringLiteral(", ")));
 
     mostraAllegati(allegati);
     m_oltreSoglia->setVisible(TemplatesModel::allegatiOltreSoglia(allegati));

@@ -113,9 +113,13 @@ QWidget* TemplatesView::creaSegnaposto() {
                              segnaposto);
     testo->setWordWrap(true);
     testo->setAlignment(Qt::AlignCenter);
-    testo->setMaximumWidth(420);
+    testo->setFixedWidth(420);
     testo->setStyleSheet(QStringLiteral("color: %1").arg(Palette::css(Palette::colore(Colore::secondary))));
-    colonna->addWidget(testo, 0, Qt::AlignHCenter);
+    auto* centro = new QHBoxLayout;
+    centro->addStretch(1);
+    centro->addWidget(testo);
+    centro->addStretch(1);
+    colonna->addLayout(centro);
     colonna->addStretch(1);
     return segnaposto;
 }
