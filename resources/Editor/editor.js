@@ -49,9 +49,26 @@
         return chip;
     }
 
-    // A zero-width space after the chip gives the caret a place to land; it never reaches the template.
+    // Inserted without its lock: the browser's insert command mangles locked elements (it splits the line
+    // and copies their text). The lock is put on right after. A zero-width space after the chip gives the
+    // caret a place to land; it never reaches the template.
     function chipHTML(nome) {
-        return creaChip(nome).outerHTML + '\u200B';
+        var chip = creaChip(nome);
+        chip.removeAttribute('contenteditable');
+        return chip.outerHTML + '\u200B';
+    }
+
+    // Markup about to go through the insert command: no locks yet.
+    function sblocca(contenitore) {
+        contenitore.querySelectorAll('[contenteditable]').forEach(function (nodo) {
+            nodo.removeAttribute('contenteditable');
+        });
+    }
+
+    function bloccaChip(contenitore) {
+        contenitore.querySelectorAll('span.tok[data-f]').forEach(function (chip) {
+            chip.setAttribute('contenteditable', 'false');
+        });
     }
 
     // Every {{nome}} in the text of the tree becomes a chip; attributes (a link's address) keep the
@@ -146,12 +163,13 @@
     // Toolbar commands arrive while the application's widgets hold the focus: put the caret back where
     // the user left it, or at the end.
     function ripristinaSelezione() {
-        radice.focus();
         var selezione = window.getSelection();
+        var aveva = selezione.rangeCount > 0 && dentro(selezione.getRangeAt(0).commonAncestorContainer);
+        radice.focus();
         if (intervallo && dentro(intervallo.commonAncestorContainer)) {
             selezione.removeAllRanges();
             selezione.addRange(intervallo);
-        } else if (!(selezione.rangeCount > 0 && dentro(selezione.getRangeAt(0).commonAncestorContainer))) {
+        } else if (!aveva) {
             var fine = document.createRange();
             fine.selectNodeContents(radice);
             fine.collapse(false);
@@ -178,6 +196,7 @@
             stili.push(nodo.getAttribute('style'));
         });
         comando('insertHTML', modello.innerHTML);
+        bloccaChip(radice);
         radice.querySelectorAll('[data-brz-stile]').forEach(function (nodo) {
             var stile = stili[Number(nodo.getAttribute('data-brz-stile'))];
             nodo.removeAttribute('data-brz-stile');
@@ -252,7 +271,9 @@
                 return;
             }
             if (tag === 'span' && figlio.classList.contains('tok') && figlio.getAttribute('data-f')) {
-                destinazione.appendChild(creaChip(figlio.getAttribute('data-f')));
+                var chip = creaChip(figlio.getAttribute('data-f'));
+                chip.removeAttribute('contenteditable');
+                destinazione.appendChild(chip);
                 return;
             }
             var copia = document.createElement(tag);
@@ -289,6 +310,7 @@
         var frammento = document.createElement('div');
         pulisciNodo(documento.body, frammento);
         inChip(frammento);
+        sblocca(frammento);
         return frammento.innerHTML;
     }
 
@@ -300,6 +322,7 @@
             contenitore.appendChild(document.createTextNode(riga));
         });
         inChip(contenitore);
+        sblocca(contenitore);
         return contenitore.innerHTML;
     }
 
