@@ -142,21 +142,20 @@ QWidget* EditorToolbar::gruppo(const QList<QWidget*>& controlli) {
 }
 
 void EditorToolbar::scegliColoreTesto() {
-    const QColor scelto = Dialoghi::colore(this, tr("Colore del testo"), m_coloreTesto);
-    if (!scelto.isValid())
-        return;
-    m_coloreTesto = scelto;
-    m_pulsanteTesto->setIcon(campioneColore(scelto));
-    m_editor->exec(QStringLiteral("foreColor"), hexString(scelto));
+    scegliColore(tr("Colore del testo"), QStringLiteral("foreColor"), m_coloreTesto, m_pulsanteTesto);
 }
 
 void EditorToolbar::scegliColoreSfondo() {
-    const QColor scelto = Dialoghi::colore(this, tr("Colore di evidenziazione"), m_coloreSfondo);
+    scegliColore(tr("Colore di evidenziazione"), QStringLiteral("hiliteColor"), m_coloreSfondo, m_pulsanteSfondo);
+}
+
+void EditorToolbar::scegliColore(const QString& titolo, const QString& comando, QColor& colore, QToolButton* pulsante) {
+    const QColor scelto = Dialoghi::colore(this, titolo, colore);
     if (!scelto.isValid())
         return;
-    m_coloreSfondo = scelto;
-    m_pulsanteSfondo->setIcon(campioneColore(scelto));
-    m_editor->exec(QStringLiteral("hiliteColor"), hexString(scelto));
+    colore = scelto;
+    pulsante->setIcon(campioneColore(scelto));
+    m_editor->exec(comando, hexString(scelto));
 }
 
 void EditorToolbar::mostraLink() {

@@ -36,6 +36,7 @@ private:
     QToolButton* pulsante(const QString& simbolo, const QString& aiuto, const QString& nome);
     QToolButton* comando(const QString& simbolo, const QString& aiuto, const QString& comando);
     QWidget* gruppo(const QList<QWidget*>& controlli);
+    void scegliColore(const QString& titolo, const QString& comando, QColor& colore, QToolButton* pulsante);
 
     EditorController* m_editor;
     QColor m_coloreTesto = Qt::black;

@@ -38,14 +38,14 @@ QDialogButtonBox* pulsanti(QDialog* finestra, QPushButton** inserisci) {
 
 } // namespace
 
-QIcon campioneColore(const QColor& colore, int lato) {
-    QPixmap quadrato(lato, lato);
+QIcon campioneColore(const QColor& colore, QSize dimensione) {
+    QPixmap quadrato(dimensione);
     quadrato.fill(Qt::transparent);
     QPainter pittore(&quadrato);
     pittore.setRenderHint(QPainter::Antialiasing);
     pittore.setPen(QPen(QColor(0, 0, 0, 90), 1));
     pittore.setBrush(colore);
-    pittore.drawRoundedRect(QRectF(0.5, 0.5, lato - 1, lato - 1), 3, 3);
+    pittore.drawRoundedRect(QRectF(0.5, 0.5, dimensione.width() - 1, dimensione.height() - 1), 3, 3);
     return QIcon(quadrato);
 }
 
@@ -116,14 +116,7 @@ ButtonPopover::ButtonPopover(OnInsert onInsert, QWidget* genitore)
 
 void ButtonPopover::setColore(const QColor& colore) {
     m_colore = colore;
-    QPixmap striscia(40, 16);
-    striscia.fill(Qt::transparent);
-    QPainter pittore(&striscia);
-    pittore.setRenderHint(QPainter::Antialiasing);
-    pittore.setPen(QPen(QColor(0, 0, 0, 90), 1));
-    pittore.setBrush(colore);
-    pittore.drawRoundedRect(QRectF(0.5, 0.5, 39, 15), 4, 4);
-    m_campione->setIcon(QIcon(striscia));
+    m_campione->setIcon(campioneColore(colore, QSize(40, 16)));
 }
 
 void ButtonPopover::aggiornaPulsante() {

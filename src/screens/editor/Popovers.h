@@ -54,4 +54,4 @@ private:
 };
 
 // A square button painted in a colour, for the colour pickers.
-QIcon campioneColore(const QColor& colore, int lato = 16);
+QIcon campioneColore(const QColor& colore, QSize dimensione = QSize(16, 16));

@@ -1,6 +1,7 @@
 #include "screens/templates/PannelloLaterale.h"
 
 #include "screens/editor/FlowLayout.h"
+#include "screens/templates/Stile.h"
 #include "screens/templates/TemplatesModel.h"
 #include "ui/Palette.h"
 #include "ui/Riquadri.h"
@@ -15,26 +16,23 @@
 
 namespace {
 
+// One section of the panel: a column under its title.
+QVBoxLayout* sezione(QWidget* riquadro, const QString& titolo) {
+    auto* colonna = new QVBoxLayout(riquadro);
+    colonna->setContentsMargins(0, 0, 0, 0);
+    colonna->setSpacing(8);
+    if (!titolo.isEmpty()) {
+        auto* etichetta = new QLabel(titolo, riquadro);
+        etichetta->setFont(carattereScalato(etichetta->font(), 1.05, QFont::DemiBold));
+        colonna->addWidget(etichetta);
+    }
+    return colonna;
+}
+
 QLabel* titoloSezione(const QString& testo, QWidget* genitore) {
     auto* etichetta = new QLabel(testo, genitore);
     etichetta->setFont(carattereScalato(etichetta->font(), 1.05, QFont::DemiBold));
     return etichetta;
-}
-
-QLabel* nota(const QString& testo, QWidget* genitore) {
-    auto* etichetta = new QLabel(testo, genitore);
-    etichetta->setWordWrap(true);
-    etichetta->setFont(carattereScalato(etichetta->font(), 0.92));
-    etichetta->setStyleSheet(QStringLiteral("color: %1").arg(Palette::css(Palette::colore(Colore::secondary))));
-    return etichetta;
-}
-
-QFrame* separatore(QWidget* genitore) {
-    auto* linea = new QFrame(genitore);
-    linea->setFrameShape(QFrame::HLine);
-    linea->setFrameShadow(QFrame::Plain);
-    linea->setStyleSheet(QStringLiteral("color: %1").arg(Palette::css(Palette::colore(Colore::secondary, 0.25))));
-    return linea;
 }
 
 } // namespace
@@ -45,49 +43,44 @@ PannelloLaterale::PannelloLaterale(QWidget* genitore) : QWidget(genitore) {
     colonna->setContentsMargins(14, 12, 14, 12);
     colonna->setSpacing(12);
     colonna->addWidget(sezioneCampi());
-    colonna->addWidget(separatore(this));
+    colonna->addWidget(Stile::linea(Qt::Horizontal, this));
     colonna->addWidget(sezioneAllegati());
-    colonna->addWidget(separatore(this));
+    colonna->addWidget(Stile::linea(Qt::Horizontal, this));
     colonna->addWidget(sezioneProva());
     colonna->addStretch(1);
 }
 
 QWidget* PannelloLaterale::sezioneCampi() {
-    auto* sezione = new QWidget(this);
-    auto* colonna = new QVBoxLayout(sezione);
-    colonna->setContentsMargins(0, 0, 0, 0);
-    colonna->setSpacing(8);
-    colonna->addWidget(titoloSezione(tr("Campi del CSV"), sezione));
-    colonna->addWidget(new QLabel(tr("Lista di riferimento"), sezione));
-    m_liste = new QComboBox(sezione);
+    auto* riquadro = new QWidget(this);
+    auto* colonna = sezione(riquadro, tr("Campi del CSV"));
+    colonna->addWidget(new QLabel(tr("Lista di riferimento"), riquadro));
+    m_liste = new QComboBox(riquadro);
     m_liste->setObjectName(QStringLiteral("listaRiferimento"));
     m_liste->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     m_liste->setMinimumContentsLength(12);
     connect(m_liste, &QComboBox::activated, this,
             [this](int indice) { Q_EMIT listaScelta(m_idListe.value(indice, 0)); });
     colonna->addWidget(m_liste);
-    m_aiutoCampi = nota(QString(), sezione);
+    m_aiutoCampi = Stile::nota(QString(), riquadro);
     m_aiutoCampi->setObjectName(QStringLiteral("aiutoCampi"));
     colonna->addWidget(m_aiutoCampi);
-    m_chip = new QWidget(sezione);
+    m_chip = new QWidget(riquadro);
     m_chip->setObjectName(QStringLiteral("chipCampi"));
     new FlowLayout(m_chip, 6);
     colonna->addWidget(m_chip);
-    m_mancanti = new NotaView(QStringLiteral("exclamationmark.triangle.fill"), Colore::orange, sezione);
+    m_mancanti = new NotaView(QStringLiteral("exclamationmark.triangle.fill"), Colore::orange, riquadro);
     m_mancanti->setObjectName(QStringLiteral("campiMancanti"));
     colonna->addWidget(m_mancanti);
-    return sezione;
+    return riquadro;
 }
 
 QWidget* PannelloLaterale::sezioneAllegati() {
-    auto* sezione = new QWidget(this);
-    auto* colonna = new QVBoxLayout(sezione);
-    colonna->setContentsMargins(0, 0, 0, 0);
-    colonna->setSpacing(8);
+    auto* riquadro = new QWidget(this);
+    auto* colonna = sezione(riquadro, QString());
     auto* testa = new QHBoxLayout;
-    testa->addWidget(titoloSezione(tr("Allegati"), sezione));
+    testa->addWidget(titoloSezione(tr("Allegati"), riquadro));
     testa->addStretch(1);
-    auto* graffetta = new QToolButton(sezione);
+    auto* graffetta = new QToolButton(riquadro);
     graffetta->setObjectName(QStringLiteral("aggiungiAllegati"));
     graffetta->setIcon(Symbols::iconaColorata(QStringLiteral("paperclip"), Palette::colore(Colore::accent)));
     graffetta->setToolTip(tr("Aggiungi allegati"));
@@ -95,34 +88,31 @@ QWidget* PannelloLaterale::sezioneAllegati() {
     connect(graffetta, &QToolButton::clicked, this, &PannelloLaterale::aggiungiAllegati);
     testa->addWidget(graffetta);
     colonna->addLayout(testa);
-    m_nessunAllegato = nota(tr("Nessun allegato."), sezione);
+    m_nessunAllegato = Stile::nota(tr("Nessun allegato."), riquadro);
     m_nessunAllegato->setObjectName(QStringLiteral("nessunAllegato"));
     colonna->addWidget(m_nessunAllegato);
-    m_righeAllegati = new QWidget(sezione);
+    m_righeAllegati = new QWidget(riquadro);
     m_righeAllegati->setObjectName(QStringLiteral("righeAllegati"));
     m_colonnaAllegati = new QVBoxLayout(m_righeAllegati);
     m_colonnaAllegati->setContentsMargins(0, 0, 0, 0);
     m_colonnaAllegati->setSpacing(2);
     colonna->addWidget(m_righeAllegati);
-    m_oltreSoglia = new NotaView(QStringLiteral("exclamationmark.triangle.fill"), Colore::orange, sezione);
+    m_oltreSoglia = new NotaView(QStringLiteral("exclamationmark.triangle.fill"), Colore::orange, riquadro);
     m_oltreSoglia->setObjectName(QStringLiteral("oltreSoglia"));
     m_oltreSoglia->setTesto(tr("Oltre 10 MB di allegati: molti server rifiutano il messaggio."));
     colonna->addWidget(m_oltreSoglia);
-    return sezione;
+    return riquadro;
 }
 
 QWidget* PannelloLaterale::sezioneProva() {
-    auto* sezione = new QWidget(this);
-    auto* colonna = new QVBoxLayout(sezione);
-    colonna->setContentsMargins(0, 0, 0, 0);
-    colonna->setSpacing(8);
-    colonna->addWidget(titoloSezione(tr("Verifica"), sezione));
-    auto* pulsante = new QPushButton(tr("Anteprima e invio di prova"), sezione);
+    auto* riquadro = new QWidget(this);
+    auto* colonna = sezione(riquadro, tr("Verifica"));
+    auto* pulsante = new QPushButton(tr("Anteprima e invio di prova"), riquadro);
     pulsante->setObjectName(QStringLiteral("anteprima"));
     connect(pulsante, &QPushButton::clicked, this, &PannelloLaterale::anteprima);
     colonna->addWidget(pulsante);
-    colonna->addWidget(nota(tr("L'anteprima usa i dati di una riga reale della lista scelta."), sezione));
-    return sezione;
+    colonna->addWidget(Stile::nota(tr("L'anteprima usa i dati di una riga reale della lista scelta."), riquadro));
+    return riquadro;
 }
 
 void PannelloLaterale::mostra(const MessageTemplate& modello, const std::optional<ContactList>& riferimento,
@@ -149,9 +139,8 @@ void PannelloLaterale::mostra(const MessageTemplate& modello, const std::optiona
                                            : tr("Clicca un campo per inserirlo nel punto in cui si trova il cursore."));
     mostraCampi(campi);
     const QStringList mancanti = TemplatesModel::campiMancanti(modello, riferimento);
-    m_mancanti->setTesto(mancanti.isEmpty() ? QString()
-                                            : tr("Campi non presenti nella lista: ") +
-                                                  mancanti.join(QStringLiteral(", ")));
+    m_mancanti->setTesto(
+        mancanti.isEmpty() ? QString() : tr("Campi non presenti nella lista: ") + mancanti.join(QStringLiteral(", ")));
 
     mostraAllegati(allegati);
     m_oltreSoglia->setVisible(TemplatesModel::allegatiOltreSoglia(allegati));
@@ -214,7 +203,7 @@ void PannelloLaterale::mostraAllegati(const QList<TemplateAttachment>& allegati)
         disposizione->addWidget(nome, 1);
         auto* dimensione = new QLabel(allegato.sizeDescription(), riga);
         dimensione->setObjectName(QStringLiteral("dimensione"));
-        dimensione->setStyleSheet(QStringLiteral("color: %1").arg(Palette::css(Palette::colore(Colore::secondary))));
+        dimensione->setStyleSheet(Stile::testoColorato(Palette::colore(Colore::secondary)));
         disposizione->addWidget(dimensione);
         auto* cestino = new QToolButton(riga);
         cestino->setObjectName(QStringLiteral("elimina"));

@@ -3,6 +3,7 @@
 #include "engine/SendEngine.h"
 #include "screens/templates/HTMLPreview.h"
 #include "screens/templates/PreviewModel.h"
+#include "screens/templates/Stile.h"
 #include "settings/SettingsStore.h"
 #include "ui/Palette.h"
 #include "ui/Rinfresco.h"
@@ -165,7 +166,7 @@ QWidget* PreviewSheet::creaProva() {
     colonna->addLayout(riga);
     m_impostazioni = new QLabel(tr("Completa prima le impostazioni SMTP."), prova);
     m_impostazioni->setObjectName(QStringLiteral("impostazioniIncomplete"));
-    m_impostazioni->setStyleSheet(QStringLiteral("color: %1").arg(Palette::css(Palette::colore(Colore::orange))));
+    m_impostazioni->setStyleSheet(Stile::testoColorato(Palette::colore(Colore::orange)));
     colonna->addWidget(m_impostazioni);
     m_esitoTesto = new QLabel(prova);
     m_esitoTesto->setObjectName(QStringLiteral("esitoProva"));
@@ -241,7 +242,7 @@ void PreviewSheet::aggiornaProva() {
     if (m_esito) {
         m_esitoTesto->setText(*m_esito);
         const Colore colore = PreviewModel::esitoPositivo(*m_esito) ? Colore::green : Colore::red;
-        m_esitoTesto->setStyleSheet(QStringLiteral("color: %1").arg(Palette::css(Palette::colore(colore))));
+        m_esitoTesto->setStyleSheet(Stile::testoColorato(Palette::colore(colore)));
     }
 }
 

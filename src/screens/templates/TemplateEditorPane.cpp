@@ -4,6 +4,7 @@
 #include "screens/editor/EditorToolbar.h"
 #include "screens/editor/RichTextEditor.h"
 #include "screens/templates/PannelloLaterale.h"
+#include "screens/templates/Stile.h"
 #include "screens/templates/TemplatesModel.h"
 #include "ui/Palette.h"
 #include "ui/Riquadri.h"
@@ -34,10 +35,7 @@ TemplateEditorPane::TemplateEditorPane(EditorController* editor, const QString& 
     colonna->addWidget(creaIntestazione());
     m_toolbar = new EditorToolbar(editor, principale);
     colonna->addWidget(m_toolbar);
-    auto* bordo = new QFrame(principale);
-    bordo->setFrameShape(QFrame::HLine);
-    bordo->setStyleSheet(QStringLiteral("color: %1").arg(Palette::css(Palette::colore(Colore::secondary, 0.25))));
-    colonna->addWidget(bordo);
+    colonna->addWidget(Stile::linea(Qt::Horizontal, principale));
     m_vista = new RichTextEditor(editor, initialHTML, proprietario, principale, radiceRisorse);
     m_vista->setOnChange([this](const QString& html, RecordId id) { Q_EMIT corpoCambiato(id, html); });
     m_vista->setMinimumHeight(240);
@@ -53,10 +51,7 @@ TemplateEditorPane::TemplateEditorPane(EditorController* editor, const QString& 
     scorrimento->setFixedWidth(270);
     m_pannello = new PannelloLaterale(scorrimento);
     scorrimento->setWidget(m_pannello);
-    auto* divisore = new QFrame(this);
-    divisore->setFrameShape(QFrame::VLine);
-    divisore->setStyleSheet(QStringLiteral("color: %1").arg(Palette::css(Palette::colore(Colore::secondary, 0.25))));
-    riga->addWidget(divisore);
+    riga->addWidget(Stile::linea(Qt::Vertical, this));
     riga->addWidget(scorrimento);
 
     connect(m_pannello, &PannelloLaterale::campoScelto, this,

@@ -4,6 +4,7 @@
 #include "screens/templates/ModelliListModel.h"
 #include "screens/templates/PannelloLaterale.h"
 #include "screens/templates/PreviewSheet.h"
+#include "screens/templates/Stile.h"
 #include "screens/templates/TemplateEditorPane.h"
 #include "screens/templates/TemplatesModel.h"
 #include "ui/Ambiente.h"
@@ -114,7 +115,7 @@ QWidget* TemplatesView::creaSegnaposto() {
     testo->setWordWrap(true);
     testo->setAlignment(Qt::AlignCenter);
     testo->setFixedWidth(420);
-    testo->setStyleSheet(QStringLiteral("color: %1").arg(Palette::css(Palette::colore(Colore::secondary))));
+    testo->setStyleSheet(Stile::testoColorato(Palette::colore(Colore::secondary)));
     auto* centro = new QHBoxLayout;
     centro->addStretch(1);
     centro->addWidget(testo);
