@@ -199,6 +199,11 @@ void TestTemplates::vuotoENuovo() {
     QCOMPARE(banco.vista->pane()->campoNome()->text(), QStringLiteral("Nuovo modello"));
     QCOMPARE(banco.vista->elenco()->model()->index(0, 0).data(ModelliListModel::OggettoRole).toString(),
              QStringLiteral("(nessun oggetto)"));
+    // A name cleared to nothing reads "Senza nome" in the list.
+    QTest::keyClick(banco.vista->pane()->campoNome(), Qt::Key_A, Qt::ControlModifier);
+    QTest::keyClick(banco.vista->pane()->campoNome(), Qt::Key_Delete);
+    QCOMPARE(banco.store.all<MessageTemplate>().first().name, QString());
+    QTRY_COMPARE(banco.vista->elenco()->model()->index(0, 0).data().toString(), QStringLiteral("Senza nome"));
     QVERIFY(banco.pronto());
     QTRY_COMPARE(banco.htmlPagina(), modelli.first().html);
     // The page hands the untouched content back as it was: nothing moves.
@@ -598,6 +603,20 @@ void TestTemplates::collegamentiENessunoScript() {
     QTest::qWait(300);
     QCOMPARE(anteprima.title(), QStringLiteral("fermo"));
     QVERIFY(anteprima.url().scheme() != QLatin1String("https"));
+
+    // A message with pictures past what the engine takes inline still shows, and behaves the same.
+    aperti.clear();
+    const QString figura = QStringLiteral("data:image/gif;base64,") + QString(900000, u'A');
+    anteprima.setHtml(QStringLiteral("<html><head><title>grande</title></head><body style=\"margin:0\">"
+                                     "<script>document.title='eseguito'</script><a href=\"https://nembrosa.example/"
+                                     "grande\" style=\"display:block;height:300px\">vai</a><img src=\"%1\"></body>"
+                                     "</html>")
+                          .arg(figura));
+    QVERIFY(caricata.wait(20000));
+    QTRY_COMPARE(anteprima.title(), QStringLiteral("grande"));
+    QTest::mouseClick(anteprima.focusProxy(), Qt::LeftButton, {}, QPoint(40, 40));
+    QTRY_COMPARE(aperti, QList<QUrl>{QUrl(QStringLiteral("https://nembrosa.example/grande"))});
+    QCOMPARE(anteprima.title(), QStringLiteral("grande"));
 }
 
 BREZZARIO_TEST_MAIN(TestTemplates)
