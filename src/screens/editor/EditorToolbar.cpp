@@ -8,6 +8,7 @@
 #include "ui/Palette.h"
 #include "ui/Symbols.h"
 
+#include <QApplication>
 #include <QHBoxLayout>
 #include <QMenu>
 #include <QToolButton>
@@ -177,6 +178,10 @@ void EditorToolbar::inserisciImmagine() {
         this, tr("Inserisci immagine"), tr("Immagini (*.png *.jpg *.jpeg *.gif *.tif *.tiff *.heic *.heif *.webp)"));
     if (percorso.isEmpty())
         return;
-    if (const auto uri = ImageTools::dataURI(percorso, 1200, 400000))
+    // Scaling and encoding a large photograph takes a moment.
+    QApplication::setOverrideCursor(Qt::BusyCursor);
+    const auto uri = ImageTools::dataURI(percorso, 1200, 400000);
+    QApplication::restoreOverrideCursor();
+    if (uri)
         m_editor->insertImage(*uri);
 }
