@@ -576,6 +576,7 @@ void TestEditor::digitazioneESelezioneNuova() {
     // Keystrokes in quick succession and the new selection at once: the tail still belongs to 11.
     m_cambi.clear();
     QTest::keyClicks(m_vista->focusProxy(), QStringLiteral("xyz"));
+    QTRY_VERIFY(js(QStringLiteral("window.BrezzarioEditor.html()")).toString().contains(QStringLiteral("xyz")));
     contenuto(QStringLiteral("<div>Due</div>"), 12);
     QTRY_VERIFY_WITH_TIMEOUT(!m_cambi.isEmpty() && m_cambi.last().html.contains(QStringLiteral("xyz")), 10000);
     for (const Cambio& cambio : m_cambi)
