@@ -3,6 +3,7 @@
 #include "app/SegnapostoSezione.h"
 #include "screens/lists/ListsView.h"
 #include "screens/settings/SettingsView.h"
+#include "screens/templates/TemplatesView.h"
 
 // One line per section: a screen that arrives replaces its section's line here.
 QWidget* creaSchermata(Sezione sezione, Ambiente& ambiente, QWidget* genitore) {
@@ -10,7 +11,7 @@ QWidget* creaSchermata(Sezione sezione, Ambiente& ambiente, QWidget* genitore) {
     case Sezione::liste:
         return new ListsView(ambiente, genitore);
     case Sezione::modelli:
-        return new SegnapostoSezione(Sezione::modelli, genitore);
+        return new TemplatesView(ambiente, genitore);
     case Sezione::campagne:
         return new SegnapostoSezione(Sezione::campagne, genitore);
     case Sezione::storico:

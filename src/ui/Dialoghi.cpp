@@ -1,5 +1,6 @@
 #include "ui/Dialoghi.h"
 
+#include <QColorDialog>
 #include <QFileDialog>
 #include <QMessageBox>
 #include <QPushButton>
@@ -18,6 +19,14 @@ RispostaApertura& rispostaApertura() {
 }
 RispostaDomanda& rispostaDomanda() {
     static RispostaDomanda risposta;
+    return risposta;
+}
+RispostaAperturaMultipla& rispostaAperturaMultipla() {
+    static RispostaAperturaMultipla risposta;
+    return risposta;
+}
+RispostaColore& rispostaColore() {
+    static RispostaColore risposta;
     return risposta;
 }
 OsservaAvviso& osservatoreAvvisi() {
@@ -40,6 +49,25 @@ void rispondiDomanda(RispostaDomanda risposta) {
 }
 void osservaAvvisi(OsservaAvviso osserva) {
     osservatoreAvvisi() = std::move(osserva);
+}
+
+void rispondiAperturaMultipla(RispostaAperturaMultipla risposta) {
+    rispostaAperturaMultipla() = std::move(risposta);
+}
+void rispondiColore(RispostaColore risposta) {
+    rispostaColore() = std::move(risposta);
+}
+
+QStringList fileMultipliDaAprire(QWidget* genitore, const QString& titolo) {
+    if (rispostaAperturaMultipla())
+        return rispostaAperturaMultipla()();
+    return QFileDialog::getOpenFileNames(genitore, titolo, cartellaDocumenti());
+}
+
+QColor colore(QWidget* genitore, const QString& titolo, const QColor& iniziale) {
+    if (rispostaColore())
+        return rispostaColore()(iniziale);
+    return QColorDialog::getColor(iniziale, genitore, titolo);
 }
 
 QString fileDaSalvare(QWidget* genitore, const QString& titolo, const QString& nomeProposto, const QString& filtro) {

@@ -1,5 +1,6 @@
 #include "ui/Symbols.h"
 
+#include <QFile>
 #include <QHash>
 #include <QPainter>
 #include <QPixmapCache>
@@ -49,6 +50,21 @@ constexpr Voce tabella[] = {
     {"arrow.down.circle", "folder-download-symbolic"},
     {"gauge.with.dots.needle.50percent", "power-profile-balanced-symbolic"},
     {"bolt.horizontal", "network-transmit-receive-symbolic"},
+    {"bold", "format-text-bold-symbolic"},
+    {"italic", "format-text-italic-symbolic"},
+    {"underline", "format-text-underline-symbolic"},
+    {"strikethrough", "format-text-strikethrough-symbolic"},
+    {"list.bullet", "view-list-bullet-symbolic"},
+    {"list.number", "view-list-ordered-symbolic"},
+    {"text.alignleft", "format-justify-left-symbolic"},
+    {"text.aligncenter", "format-justify-center-symbolic"},
+    {"text.alignright", "format-justify-right-symbolic"},
+    {"link", "insert-link-symbolic"},
+    {"photo", "insert-image-symbolic"},
+    {"eraser", "edit-clear-all-symbolic"},
+    {"paperclip", "mail-attachment-symbolic"},
+    {"paperplane", "mail-send-symbolic"},
+    {"info.circle", "dialog-information-symbolic"},
 };
 
 } // namespace
@@ -78,7 +94,11 @@ QIcon icona(const QString& simbolo) {
     const QString nome = nomeFreedesktop(simbolo);
     if (nome.startsWith(u':'))
         return QIcon(nome);
-    return nome.isEmpty() ? QIcon() : QIcon::fromTheme(nome);
+    if (!nome.isEmpty())
+        return QIcon::fromTheme(nome);
+    // Symbols the theme has no picture for are drawn by the program itself.
+    const QString proprio = QStringLiteral(":/Media/icons/%1.svg").arg(simbolo);
+    return QFile::exists(proprio) ? QIcon(proprio) : QIcon();
 }
 
 QPixmap pixmap(const QString& simbolo, const QColor& colore, int lato, qreal rapporto) {
