@@ -1,10 +1,11 @@
 #include "app/SectionScreens.h"
 
 #include "app/SegnapostoSezione.h"
+#include "screens/history/HistoryView.h"
+#include "screens/suppressions/SuppressionView.h"
 
 // One line per section: a screen that arrives replaces its section's line here.
 QWidget* creaSchermata(Sezione sezione, Ambiente& ambiente, QWidget* genitore) {
-    Q_UNUSED(ambiente);
     switch (sezione) {
     case Sezione::liste:
         return new SegnapostoSezione(Sezione::liste, genitore);
@@ -13,9 +14,9 @@ QWidget* creaSchermata(Sezione sezione, Ambiente& ambiente, QWidget* genitore) {
     case Sezione::campagne:
         return new SegnapostoSezione(Sezione::campagne, genitore);
     case Sezione::storico:
-        return new SegnapostoSezione(Sezione::storico, genitore);
+        return new HistoryView(ambiente, genitore);
     case Sezione::esclusi:
-        return new SegnapostoSezione(Sezione::esclusi, genitore);
+        return new SuppressionView(ambiente, genitore);
     case Sezione::impostazioni:
         return new SegnapostoSezione(Sezione::impostazioni, genitore);
     }

@@ -34,6 +34,17 @@ constexpr Voce tabella[] = {
     {"play.fill", "media-playback-start-symbolic"},
     {"stop.fill", "media-playback-stop-symbolic"},
     {"square.and.arrow.up", "document-send-symbolic"},
+    {"square.and.arrow.down", "folder-download-symbolic"},
+    {"person.crop.circle.badge.xmark", "avatar-default-symbolic"},
+    {"tray.full", "mail-unread-symbolic"},
+    {"globe.badge.chevron.backward", "network-error-symbolic"},
+    {"questionmark.circle", "dialog-question-symbolic"},
+    {"hand.raised.slash", "mail-mark-junk-symbolic"},
+    {"envelope.badge.shield.half.filled", "channel-secure-symbolic"},
+    {"hand.point.up.left", "document-edit-symbolic"},
+    {"arrow.uturn.backward", "edit-undo-symbolic"},
+    {"magnifyingglass", "edit-find-symbolic"},
+    {"trash", "user-trash-symbolic"},
 };
 
 } // namespace

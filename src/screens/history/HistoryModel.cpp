@@ -1,0 +1,224 @@
+#include "screens/history/HistoryModel.h"
+
+#include "records/CSVText.h"
+#include "ui/Formati.h"
+#include "ui/Symbols.h"
+
+#include <QGuiApplication>
+
+namespace {
+// One read from the store brings this many rows; the cache keeps a few screens' worth.
+constexpr int pagina = 200;
+constexpr int massimoInCache = 20 * pagina;
+} // namespace
+
+HistoryModel::HistoryModel(Store& store, QObject* genitore) : QAbstractTableModel(genitore), m_store(store) {
+    ricarica();
+}
+
+int HistoryModel::rowCount(const QModelIndex& genitore) const {
+    return genitore.isValid() ? 0 : int(m_totale);
+}
+
+int HistoryModel::columnCount(const QModelIndex& genitore) const {
+    return genitore.isValid() ? 0 : colonne;
+}
+
+void HistoryModel::setFiltroStato(std::optional<SendStatus> stato) {
+    if (m_filtro.stato == stato)
+        return;
+    m_filtro.stato = stato;
+    ricarica();
+}
+
+void HistoryModel::setRicerca(const QString& ricerca) {
+    if (m_filtro.ricerca == ricerca)
+        return;
+    m_filtro.ricerca = ricerca;
+    ricarica();
+}
+
+void HistoryModel::ricarica() {
+    beginResetModel();
+    m_letti.clear();
+    m_ultimoId = m_store.ultimoIdRegistri();
+    m_tuttiFinoAUltimo = m_store.registriFinoA(m_ultimoId);
+    m_totale = m_store.contaRegistri(m_filtro);
+    m_piuRecente = QDateTime();
+    if (m_totale > 0 && riga(0))
+        m_piuRecente = riga(0)->log.date;
+    endResetModel();
+    Q_EMIT righeCambiate(m_totale);
+}
+
+void HistoryModel::segui(Store::Entities cosa) {
+    if (cosa & Store::Campaigns) {
+        // A renamed or deleted campaign changes names in rows already read.
+        m_letti.clear();
+        if (m_totale > 0)
+            Q_EMIT dataChanged(index(0, 0), index(int(m_totale) - 1, colonne - 1));
+    }
+    if (!(cosa & Store::SendLogs))
+        return;
+    if (m_store.registriFinoA(m_ultimoId) != m_tuttiFinoAUltimo) {
+        ricarica();
+        return;
+    }
+    const NovitaRegistri tutti = m_store.registriDopo({}, m_ultimoId);
+    if (tutti.quanti == 0)
+        return;
+    const NovitaRegistri filtrati =
+        m_filtro.stato || !m_filtro.ricerca.isEmpty() ? m_store.registriDopo(m_filtro, m_ultimoId) : tutti;
+    // New logs belong on top only if none is older than what is shown; otherwise the order is redone.
+    if (filtrati.quanti > 0 && m_piuRecente.isValid() && filtrati.primaData < m_piuRecente) {
+        ricarica();
+        return;
+    }
+    m_ultimoId = tutti.ultimoId;
+    m_tuttiFinoAUltimo += tutti.quanti;
+    if (filtrati.quanti == 0)
+        return;
+    beginInsertRows({}, 0, int(filtrati.quanti) - 1);
+    m_totale += filtrati.quanti;
+    m_piuRecente = filtrati.ultimaData;
+    endInsertRows();
+    Q_EMIT righeCambiate(m_totale);
+}
+
+const RigaStorico* HistoryModel::riga(int numero) const {
+    if (numero < 0 || numero >= m_totale)
+        return nullptr;
+    const qint64 chiave = m_totale - 1 - numero;
+    auto trovata = m_letti.constFind(chiave);
+    if (trovata != m_letti.constEnd())
+        return &*trovata;
+    if (m_letti.size() > massimoInCache)
+        m_letti.clear();
+    const qint64 inizio = numero - numero % pagina;
+    const QList<RigaStorico> lette = m_store.paginaRegistri(m_filtro, inizio, pagina);
+    for (qsizetype i = 0; i < lette.size(); ++i)
+        m_letti.insert(m_totale - 1 - (inizio + i), lette.at(i));
+    trovata = m_letti.constFind(chiave);
+    return trovata != m_letti.constEnd() ? &*trovata : nullptr;
+}
+
+QVariant HistoryModel::data(const QModelIndex& indice, int ruolo) const {
+    if (!indice.isValid())
+        return {};
+    const RigaStorico* voce = riga(indice.row());
+    if (!voce)
+        return {};
+    const SendLog& log = voce->log;
+    switch (ruolo) {
+    case Qt::DisplayRole:
+    case Qt::ToolTipRole:
+        switch (indice.column()) {
+        case quando:
+            return dataOraBreve(log.date);
+        case stato:
+            return label(log.status());
+        case destinatario:
+            return log.email;
+        case campagna:
+            return voce->haCampagna ? voce->campagna : QStringLiteral("—");
+        case servizio:
+            return log.servizio.isEmpty() ? QStringLiteral("—") : log.servizio;
+        case oggetto:
+            return log.subject;
+        case dettaglio:
+            return log.detail;
+        }
+        return {};
+    case Qt::DecorationRole:
+        return indice.column() == stato ? QVariant(iconaStato(log.status())) : QVariant();
+    case Qt::ForegroundRole:
+        switch (indice.column()) {
+        case stato:
+            return Palette::colore(colore(log.status()));
+        case campagna:
+        case servizio:
+        case dettaglio:
+            return Palette::colore(Colore::secondary);
+        }
+        return {};
+    }
+    return {};
+}
+
+QVariant HistoryModel::headerData(int sezione, Qt::Orientation orientamento, int ruolo) const {
+    if (orientamento != Qt::Horizontal || ruolo != Qt::DisplayRole)
+        return {};
+    switch (sezione) {
+    case quando:
+        return tr("Data");
+    case stato:
+        return tr("Stato");
+    case destinatario:
+        return tr("Destinatario");
+    case campagna:
+        return tr("Campagna");
+    case servizio:
+        return tr("Servizio");
+    case oggetto:
+        return tr("Oggetto");
+    case dettaglio:
+        return tr("Dettaglio");
+    }
+    return {};
+}
+
+QString HistoryModel::testoCSV() const {
+    QString testo = CSVText::riga({QStringLiteral("data"), QStringLiteral("stato"), QStringLiteral("destinatario"),
+                                   QStringLiteral("campagna"), QStringLiteral("servizio"), QStringLiteral("oggetto"),
+                                   QStringLiteral("dettaglio")});
+    m_store.perOgniRegistro(m_filtro, [&testo](const RigaStorico& voce) {
+        const SendLog& log = voce.log;
+        testo += CSVText::riga({CSVText::data(log.date), rawValue(log.status()), log.email, voce.campagna, log.servizio,
+                                log.subject, log.detail});
+        return true;
+    });
+    return testo;
+}
+
+void HistoryModel::svuota() {
+    m_store.removeAllLogs();
+    m_store.save();
+    ricarica();
+}
+
+QString HistoryModel::simbolo(SendStatus stato) {
+    switch (stato) {
+    case SendStatus::sent:
+        return QStringLiteral("checkmark.circle.fill");
+    case SendStatus::failed:
+        return QStringLiteral("xmark.octagon.fill");
+    case SendStatus::skipped:
+        return QStringLiteral("minus.circle");
+    case SendStatus::test:
+        return QStringLiteral("testtube.2");
+    }
+    return {};
+}
+
+Colore HistoryModel::colore(SendStatus stato) {
+    switch (stato) {
+    case SendStatus::sent:
+        return Colore::green;
+    case SendStatus::failed:
+        return Colore::red;
+    case SendStatus::skipped:
+        return Colore::secondary;
+    case SendStatus::test:
+        return Colore::blue;
+    }
+    return Colore::primary;
+}
+
+QIcon HistoryModel::iconaStato(SendStatus stato) const {
+    auto trovata = m_icone.constFind(stato);
+    if (trovata != m_icone.constEnd())
+        return *trovata;
+    const QIcon icona = Symbols::iconaColorata(simbolo(stato), Palette::colore(colore(stato)));
+    m_icone.insert(stato, icona);
+    return icona;
+}
