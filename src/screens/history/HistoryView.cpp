@@ -3,6 +3,7 @@
 #include "records/CSVText.h"
 #include "screens/history/HistoryModel.h"
 #include "ui/Dialoghi.h"
+#include "ui/Formati.h"
 #include "ui/Palette.h"
 #include "ui/Rinfresco.h"
 #include "ui/Symbols.h"
@@ -46,10 +47,19 @@ HistoryView::HistoryView(Ambiente& ambiente, QWidget* genitore) : QWidget(genito
     testata->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     testata->setSectionResizeMode(QHeaderView::Interactive);
     testata->setStretchLastSection(true);
-    const int carattere = m_tabella->fontMetrics().averageCharWidth();
-    const int larghezze[] = {17, 11, 28, 20, 12, 30};
-    for (int i = 0; i < int(std::size(larghezze)); ++i)
-        m_tabella->setColumnWidth(i, larghezze[i] * carattere);
+    const QFontMetrics misure = m_tabella->fontMetrics();
+    const int carattere = misure.averageCharWidth();
+    int etichettaPiuLarga = 0;
+    for (SendStatus stato : {SendStatus::sent, SendStatus::failed, SendStatus::skipped, SendStatus::test})
+        etichettaPiuLarga = qMax(etichettaPiuLarga, misure.horizontalAdvance(label(stato)));
+    m_tabella->setColumnWidth(HistoryModel::quando,
+                              misure.horizontalAdvance(dataOraBreve(QDateTime::currentDateTime())) + 3 * carattere);
+    // Symbol, its gap and the cell's margins beside the longest label.
+    m_tabella->setColumnWidth(HistoryModel::stato, etichettaPiuLarga + 16 + 6 * carattere);
+    m_tabella->setColumnWidth(HistoryModel::destinatario, 28 * carattere);
+    m_tabella->setColumnWidth(HistoryModel::campagna, 20 * carattere);
+    m_tabella->setColumnWidth(HistoryModel::servizio, 12 * carattere);
+    m_tabella->setColumnWidth(HistoryModel::oggetto, 30 * carattere);
     colonna->addWidget(m_tabella, 1);
 
     connect(m_modello, &HistoryModel::righeCambiate, this, &HistoryView::mostraRighe);
