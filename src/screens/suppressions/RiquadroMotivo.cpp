@@ -40,9 +40,11 @@ void RiquadroMotivo::paintEvent(QPaintEvent*) {
     const QRectF area = QRectF(rect()).adjusted(1, 1, -1, -1);
     QPainterPath forma;
     forma.addRoundedRect(area, 8, 8);
-    pittore.fillPath(forma, Palette::colore(m_dati.colore, m_dati.attivo ? 0.22 : 0.08));
-    QColor bordo = tinta;
-    bordo.setAlphaF(m_dati.attivo ? 0.9f : (underMouse() ? 0.45f : 0.2f));
+    pittore.fillPath(forma, Palette::colore(m_dati.colore, m_dati.attivo ? 0.2 : 0.07));
+    // The chosen tile is ringed in the accent colour, so that grey categories read as chosen too.
+    QColor bordo = m_dati.attivo ? Palette::colore(Colore::accent) : tinta;
+    if (!m_dati.attivo)
+        bordo.setAlphaF(underMouse() ? 0.45f : 0.2f);
     pittore.setPen(QPen(bordo, m_dati.attivo ? 2 : 1));
     pittore.drawPath(forma);
 

@@ -7,6 +7,7 @@
 #include "screens/suppressions/RiquadroMotivo.h"
 #include "screens/suppressions/SuppressionModel.h"
 #include "ui/Dialoghi.h"
+#include "ui/Formati.h"
 #include "ui/PresentazioneMotivo.h"
 #include "ui/Rinfresco.h"
 #include "ui/Symbols.h"
@@ -89,7 +90,9 @@ SuppressionView::SuppressionView(Ambiente& ambiente, QWidget* genitore) : QWidge
     const int carattere = m_tabella->fontMetrics().averageCharWidth();
     m_tabella->setColumnWidth(SuppressionModel::indirizzo, 30 * carattere);
     m_tabella->setColumnWidth(SuppressionModel::perche, 30 * carattere);
-    m_tabella->setColumnWidth(SuppressionModel::dal, 16 * carattere);
+    m_tabella->setColumnWidth(SuppressionModel::dal,
+                              m_tabella->fontMetrics().horizontalAdvance(dataOraBreve(QDateTime::currentDateTime())) +
+                                  3 * carattere);
     connect(m_tabella->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             &SuppressionView::selezioneCambiata);
 

@@ -310,6 +310,7 @@ private Q_SLOTS:
         QCOMPARE(vista.findChild<QTableView*>()->model()->rowCount(), 0);
         vista.findChild<QComboBox*>(QStringLiteral("filtroStato"))->setCurrentIndex(0);
         QCOMPARE(banco.contatore(), QStringLiteral("0 righe"));
+        banco.vista.reset();
         banco.archivio.reopen(); // durable: saved, not only pending
         Store& store = *banco.archivio.store;
         QCOMPARE(store.all<SendLog>().size(), 0);
