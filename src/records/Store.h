@@ -108,11 +108,12 @@ public:
     // What arrived after `dopoId`: a run only adds logs, so the screen adds them instead of reading again.
     NovitaRegistri registriDopo(const FiltroRegistri& filtro, RecordId dopoId) const;
     RecordId ultimoIdRegistri() const;
-    // How many logs up to an identity are still there: fewer than before means some were deleted.
-    qint64 registriFinoA(RecordId id) const;
+    // Every log, filtered or not: with what arrived since, it tells whether some were deleted. Cheap: it
+    // counts the smallest index.
+    qint64 contaTuttiRegistri() const;
     // For the Suppression screen: the entries newest first, all of them or only those after an identity.
     QList<Suppression> esclusiDopo(RecordId dopoId) const;
-    qint64 esclusiFinoA(RecordId id) const;
+    qint64 contaEsclusi() const;
     // The entry with exactly this address, if any.
     std::optional<Suppression> esclusoPerEmail(const QString& email) const;
 

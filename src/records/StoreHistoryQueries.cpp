@@ -11,19 +11,49 @@ using namespace StoreTables;
 
 namespace {
 
+bool soloAscii(const unsigned char* testo, int lunghezza) {
+    for (int i = 0; i < lunghezza; ++i)
+        if (testo[i] >= 0x80)
+            return false;
+    return true;
+}
+
+unsigned char minuscola(unsigned char c) {
+    return c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c;
+}
+
+bool contieneAscii(const unsigned char* testo, int lunghezza, const unsigned char* ago, int lunghezzaAgo) {
+    for (int inizio = 0; inizio + lunghezzaAgo <= lunghezza; ++inizio) {
+        int i = 0;
+        while (i < lunghezzaAgo && minuscola(testo[inizio + i]) == minuscola(ago[i]))
+            ++i;
+        if (i == lunghezzaAgo)
+            return true;
+    }
+    return false;
+}
+
 // contiene(testo, ago): whether the text holds the needle without regard to case, by Unicode case rules
-// rather than SQLite's ASCII-only ones. Reads SQLite's UTF-16 straight, with no copy per row.
+// rather than SQLite's ASCII-only ones. Addresses are nearly always ASCII: when both sides are, the bytes
+// are compared as they are stored, with no conversion per row.
 void contiene(sqlite3_context* contesto, int, sqlite3_value** argomenti) {
-    const auto* testo = static_cast<const char16_t*>(sqlite3_value_text16(argomenti[0]));
-    const qsizetype lunghezzaTesto = sqlite3_value_bytes16(argomenti[0]) / 2;
-    const auto* ago = static_cast<const char16_t*>(sqlite3_value_text16(argomenti[1]));
-    const qsizetype lunghezzaAgo = sqlite3_value_bytes16(argomenti[1]) / 2;
+    const auto* testo = sqlite3_value_text(argomenti[0]);
+    const int lunghezza = sqlite3_value_bytes(argomenti[0]);
+    const auto* ago = sqlite3_value_text(argomenti[1]);
+    const int lunghezzaAgo = sqlite3_value_bytes(argomenti[1]);
     if (!testo || !ago) {
         sqlite3_result_int(contesto, 0);
         return;
     }
-    const QStringView dove(testo, lunghezzaTesto);
-    sqlite3_result_int(contesto, dove.contains(QStringView(ago, lunghezzaAgo), Qt::CaseInsensitive) ? 1 : 0);
+    bool trovato;
+    if (soloAscii(testo, lunghezza) && soloAscii(ago, lunghezzaAgo)) {
+        trovato = contieneAscii(testo, lunghezza, ago, lunghezzaAgo);
+    } else {
+        const QString dove = QString::fromUtf8(reinterpret_cast<const char*>(testo), lunghezza);
+        trovato =
+            dove.contains(QString::fromUtf8(reinterpret_cast<const char*>(ago), lunghezzaAgo), Qt::CaseInsensitive);
+    }
+    sqlite3_result_int(contesto, trovato ? 1 : 0);
 }
 
 void registraContiene(const QSqlDatabase& db) {
@@ -32,7 +62,7 @@ void registraContiene(const QSqlDatabase& db) {
         return;
     if (auto* connessione = *static_cast<sqlite3* const*>(handle.data()))
         sqlite3_create_function_v2(connessione, "brezzario_contiene", 2,
-                                   SQLITE_UTF16 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS, nullptr, contiene, nullptr,
+                                   SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS, nullptr, contiene, nullptr,
                                    nullptr, nullptr);
 }
 
@@ -141,10 +171,8 @@ RecordId Store::ultimoIdRegistri() const {
     return primoIntero(prepared(QStringLiteral("SELECT coalesce(max(id), 0) FROM SendLog")));
 }
 
-qint64 Store::registriFinoA(RecordId id) const {
-    QSqlQuery& query = prepared(QStringLiteral("SELECT count(*) FROM SendLog WHERE id <= ?"));
-    query.bindValue(0, id);
-    return primoIntero(query);
+qint64 Store::contaTuttiRegistri() const {
+    return primoIntero(prepared(QStringLiteral("SELECT count(*) FROM SendLog")));
 }
 
 QList<Suppression> Store::esclusiDopo(RecordId dopoId) const {
@@ -161,10 +189,8 @@ QList<Suppression> Store::esclusiDopo(RecordId dopoId) const {
     return esclusi;
 }
 
-qint64 Store::esclusiFinoA(RecordId id) const {
-    QSqlQuery& query = prepared(QStringLiteral("SELECT count(*) FROM Suppression WHERE id <= ?"));
-    query.bindValue(0, id);
-    return primoIntero(query);
+qint64 Store::contaEsclusi() const {
+    return primoIntero(prepared(QStringLiteral("SELECT count(*) FROM Suppression")));
 }
 
 std::optional<Suppression> Store::esclusoPerEmail(const QString& email) const {

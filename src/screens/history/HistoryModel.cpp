@@ -42,7 +42,7 @@ void HistoryModel::ricarica() {
     beginResetModel();
     m_letti.clear();
     m_ultimoId = m_store.ultimoIdRegistri();
-    m_tuttiFinoAUltimo = m_store.registriFinoA(m_ultimoId);
+    m_tuttiFinoAUltimo = m_store.contaTuttiRegistri();
     m_totale = m_store.contaRegistri(m_filtro);
     m_piuRecente = QDateTime();
     if (m_totale > 0 && riga(0))
@@ -60,11 +60,12 @@ void HistoryModel::segui(Store::Entities cosa) {
     }
     if (!(cosa & Store::SendLogs))
         return;
-    if (m_store.registriFinoA(m_ultimoId) != m_tuttiFinoAUltimo) {
+    const NovitaRegistri tutti = m_store.registriDopo({}, m_ultimoId);
+    // Fewer logs than those known plus those new: some were deleted, and the rows are read again.
+    if (m_store.contaTuttiRegistri() != m_tuttiFinoAUltimo + tutti.quanti) {
         ricarica();
         return;
     }
-    const NovitaRegistri tutti = m_store.registriDopo({}, m_ultimoId);
     if (tutti.quanti == 0)
         return;
     const NovitaRegistri filtrati =

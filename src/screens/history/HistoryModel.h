@@ -52,7 +52,7 @@ private:
     Store& m_store;
     FiltroRegistri m_filtro;
     qint64 m_totale = 0;
-    // Every log up to m_ultimoId, filtered or not: fewer later means some were deleted.
+    // Every log up to m_ultimoId, filtered or not.
     qint64 m_tuttiFinoAUltimo = 0;
     RecordId m_ultimoId = 0;
     QDateTime m_piuRecente;

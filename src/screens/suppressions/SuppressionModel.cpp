@@ -145,12 +145,12 @@ void SuppressionModel::ricarica() {
 void SuppressionModel::segui() {
     if (m_sospeso)
         return;
-    // Fewer entries than known up to the last identity: some were taken back, so read everything again.
-    if (m_store.esclusiFinoA(m_ultimoId) != m_esclusi.size()) {
+    // Fewer entries than those known plus those new: some were taken back, so read everything again.
+    const QList<Suppression> nuovi = m_store.esclusiDopo(m_ultimoId);
+    if (m_store.contaEsclusi() != m_esclusi.size() + nuovi.size()) {
         ricarica();
         return;
     }
-    const QList<Suppression> nuovi = m_store.esclusiDopo(m_ultimoId);
     if (nuovi.isEmpty())
         return;
     // A run adds entries newer than any known, which go on top; anything else reads again, to keep the order.
