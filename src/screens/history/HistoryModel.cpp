@@ -8,8 +8,8 @@
 
 namespace {
 // One read from the store brings this many rows; the cache keeps a few screens' worth.
-constexpr int pagina = 200;
-constexpr int massimoInCache = 20 * pagina;
+constexpr int pagina = 64;
+constexpr int massimoInCache = 60 * pagina;
 } // namespace
 
 HistoryModel::HistoryModel(Store& store, QObject* genitore) : QAbstractTableModel(genitore), m_store(store) {
@@ -43,10 +43,13 @@ void HistoryModel::ricarica() {
     m_letti.clear();
     m_ultimoId = m_store.ultimoIdRegistri();
     m_tuttiFinoAUltimo = m_store.contaTuttiRegistri();
-    m_totale = m_store.contaRegistri(m_filtro);
-    m_piuRecente = QDateTime();
-    if (m_totale > 0 && riga(0))
-        m_piuRecente = riga(0)->log.date;
+    // The first page first: when it isn't full it is all there is, and a search that finds little reads the
+    // logs once instead of twice.
+    const QList<RigaStorico> prima = m_store.paginaRegistri(m_filtro, 0, pagina);
+    m_totale = prima.size() < pagina ? prima.size() : m_store.contaRegistri(m_filtro);
+    for (qsizetype i = 0; i < prima.size(); ++i)
+        m_letti.insert(m_totale - 1 - i, prima.at(i));
+    m_piuRecente = prima.isEmpty() ? QDateTime() : prima.first().log.date;
     endResetModel();
     Q_EMIT righeCambiate(m_totale);
 }
@@ -61,13 +64,14 @@ void HistoryModel::segui(Store::Entities cosa) {
     if (!(cosa & Store::SendLogs))
         return;
     const NovitaRegistri tutti = m_store.registriDopo({}, m_ultimoId);
-    // Fewer logs than those known plus those new: some were deleted, and the rows are read again.
-    if (m_store.contaTuttiRegistri() != m_tuttiFinoAUltimo + tutti.quanti) {
+    // A change of logs that brought none is a deletion (or an edit): read again. Deleting a campaign takes
+    // its logs too, and may coincide with a run's new ones: then the count tells. A run's saves, which
+    // only add, are spared the count.
+    if (tutti.quanti == 0 ||
+        ((cosa & Store::Campaigns) && m_store.contaTuttiRegistri() != m_tuttiFinoAUltimo + tutti.quanti)) {
         ricarica();
         return;
     }
-    if (tutti.quanti == 0)
-        return;
     const NovitaRegistri filtrati =
         m_filtro.stato || !m_filtro.ricerca.isEmpty() ? m_store.registriDopo(m_filtro, m_ultimoId) : tutti;
     // New logs belong on top only if none is older than what is shown; otherwise the order is redone.

@@ -40,8 +40,7 @@ HistoryView::HistoryView(Ambiente& ambiente, QWidget* genitore) : QWidget(genito
     m_tabella->setWordWrap(false);
     m_tabella->setTextElideMode(Qt::ElideRight);
     m_tabella->verticalHeader()->hide();
-    // Fixed row heights: with a million rows the view must never measure them.
-    m_tabella->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    // One default height for every row: with a million rows the view must never measure them.
     m_tabella->verticalHeader()->setDefaultSectionSize(m_tabella->fontMetrics().height() + 10);
     QHeaderView* testata = m_tabella->horizontalHeader();
     testata->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);

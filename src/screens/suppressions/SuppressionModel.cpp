@@ -135,8 +135,14 @@ void SuppressionModel::ricarica() {
     m_esclusi.clear();
     m_esclusi.reserve(letti.size());
     m_ultimoId = 0;
+    // The same reasons come back again and again (a server's words, one file's name): each distinct text is
+    // deduced once per reading.
+    QHash<QString, MotivoEsclusione> dedotti;
     for (const Suppression& esclusione : letti) {
-        m_esclusi.append({esclusione, deduci(esclusione.reason)});
+        auto dedotto = dedotti.constFind(esclusione.reason);
+        if (dedotto == dedotti.constEnd())
+            dedotto = dedotti.insert(esclusione.reason, deduci(esclusione.reason));
+        m_esclusi.append({esclusione, *dedotto});
         m_ultimoId = qMax(m_ultimoId, esclusione.id);
     }
     rifiltra();

@@ -80,8 +80,7 @@ SuppressionView::SuppressionView(Ambiente& ambiente, QWidget* genitore) : QWidge
     m_tabella->setWordWrap(true);
     m_tabella->setTextElideMode(Qt::ElideRight);
     m_tabella->verticalHeader()->hide();
-    // Room for two lines of the explanation; fixed, so that 100,000 rows are never measured.
-    m_tabella->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    // Room for two lines of the explanation, one height for all, so that 100,000 rows are never measured.
     m_tabella->verticalHeader()->setDefaultSectionSize(2 * m_tabella->fontMetrics().lineSpacing() + 10);
     QHeaderView* testata = m_tabella->horizontalHeader();
     testata->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
