@@ -46,19 +46,6 @@ HistoryView::HistoryView(Ambiente& ambiente, QWidget* genitore) : QWidget(genito
     testata->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     testata->setSectionResizeMode(QHeaderView::Interactive);
     testata->setStretchLastSection(true);
-    const QFontMetrics misure = m_tabella->fontMetrics();
-    const int carattere = misure.averageCharWidth();
-    int etichettaPiuLarga = 0;
-    for (SendStatus stato : {SendStatus::sent, SendStatus::failed, SendStatus::skipped, SendStatus::test})
-        etichettaPiuLarga = qMax(etichettaPiuLarga, misure.horizontalAdvance(label(stato)));
-    m_tabella->setColumnWidth(HistoryModel::quando,
-                              misure.horizontalAdvance(dataOraBreve(QDateTime::currentDateTime())) + 3 * carattere);
-    // Symbol, its gap and the cell's margins beside the longest label.
-    m_tabella->setColumnWidth(HistoryModel::stato, etichettaPiuLarga + 16 + 6 * carattere);
-    m_tabella->setColumnWidth(HistoryModel::destinatario, 28 * carattere);
-    m_tabella->setColumnWidth(HistoryModel::campagna, 20 * carattere);
-    m_tabella->setColumnWidth(HistoryModel::servizio, 12 * carattere);
-    m_tabella->setColumnWidth(HistoryModel::oggetto, 30 * carattere);
     colonna->addWidget(m_tabella, 1);
 
     connect(m_modello, &HistoryModel::righeCambiate, this, &HistoryView::mostraRighe);
@@ -120,6 +107,27 @@ QWidget* HistoryView::creaBarra() {
     connect(svuota, &QPushButton::clicked, this, &HistoryView::svuota);
     riga->addWidget(svuota);
     return barra;
+}
+
+void HistoryView::showEvent(QShowEvent* evento) {
+    QWidget::showEvent(evento);
+    if (m_dimensionata)
+        return;
+    // Measured once shown, when the table has the font and style it will be drawn with.
+    m_dimensionata = true;
+    const QFontMetrics misure = m_tabella->fontMetrics();
+    const int carattere = misure.averageCharWidth();
+    int etichettaPiuLarga = 0;
+    for (SendStatus stato : {SendStatus::sent, SendStatus::failed, SendStatus::skipped, SendStatus::test})
+        etichettaPiuLarga = qMax(etichettaPiuLarga, misure.horizontalAdvance(label(stato)));
+    m_tabella->setColumnWidth(HistoryModel::quando,
+                              misure.horizontalAdvance(dataOraBreve(QDateTime::currentDateTime())) + 3 * carattere);
+    // Symbol, its gap and the cell's margins beside the longest label.
+    m_tabella->setColumnWidth(HistoryModel::stato, etichettaPiuLarga + 16 + 10 * carattere);
+    m_tabella->setColumnWidth(HistoryModel::destinatario, 32 * carattere);
+    m_tabella->setColumnWidth(HistoryModel::campagna, 20 * carattere);
+    m_tabella->setColumnWidth(HistoryModel::servizio, 12 * carattere);
+    m_tabella->setColumnWidth(HistoryModel::oggetto, 30 * carattere);
 }
 
 void HistoryView::mostraRighe(qint64 righe) {

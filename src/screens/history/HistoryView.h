@@ -24,6 +24,9 @@ public:
     void esporta();
     void svuota();
 
+protected:
+    void showEvent(QShowEvent* evento) override;
+
 private:
     QWidget* creaBarra();
     void mostraRighe(qint64 righe);
@@ -34,4 +37,5 @@ private:
     QLineEdit* m_ricerca = nullptr;
     QLabel* m_contatore = nullptr;
     QTableView* m_tabella = nullptr;
+    bool m_dimensionata = false;
 };

@@ -30,7 +30,8 @@ QSize RiquadroMotivo::sizeHint() const {
     const QFontMetrics numero(carattereScalato(font(), 1.5, QFont::Bold));
     const int larghezza = qMax(titolo.horizontalAdvance(m_dati.titolo),
                                latoSimbolo + 6 + numero.horizontalAdvance(QStringLiteral("00000")));
-    return {qBound(120, larghezza + 2 * margine, 260), numero.height() + titolo.height() + 2 * margine + 4};
+    // Room for a label on two lines: the longest ones wrap rather than lose their end.
+    return {qBound(120, larghezza + 2 * margine, 220), numero.height() + 2 * titolo.height() + 2 * margine + 4};
 }
 
 void RiquadroMotivo::paintEvent(QPaintEvent*) {
@@ -63,7 +64,6 @@ void RiquadroMotivo::paintEvent(QPaintEvent*) {
     pittore.setFont(titolo);
     pittore.setPen(Palette::colore(Colore::primary));
     const QFontMetrics misureTitolo(titolo);
-    pittore.drawText(QRect(margine, alto + misureNumero.height() + 4, width() - 2 * margine, misureTitolo.height()),
-                     Qt::AlignLeft | Qt::AlignVCenter,
-                     misureTitolo.elidedText(m_dati.titolo, Qt::ElideRight, width() - 2 * margine));
+    pittore.drawText(QRect(margine, alto + misureNumero.height() + 4, width() - 2 * margine, 2 * misureTitolo.height()),
+                     Qt::AlignLeft | Qt::AlignTop | Qt::TextWordWrap, m_dati.titolo);
 }
