@@ -67,7 +67,7 @@ void ImportaEsclusi::letti(std::optional<QStringList> candidati, const QString& 
     }
     m_candidati = std::move(*candidati);
     m_prossimo = 0;
-    m_aggiunti = 0;
+    m_inseriti.clear();
     m_presenti = m_modello.indirizzi();
     m_motivo = QStringLiteral("importato da ") + nomeFile;
     // The list follows the store once, at the end, not after every slice.
@@ -84,7 +84,7 @@ void ImportaEsclusi::inserisciParte() {
         m_presenti.insert(candidato);
         Suppression nuova(candidato, m_motivo);
         if (m_store.insert(nuova))
-            ++m_aggiunti;
+            m_inseriti.append(std::move(nuova));
     }
     if (m_prossimo >= m_candidati.size())
         concludi();
@@ -96,6 +96,8 @@ void ImportaEsclusi::concludi() {
     m_candidati.clear();
     m_presenti.clear();
     m_inCorso = false;
+    const int aggiunti = int(m_inseriti.size());
+    m_modello.accogli(std::exchange(m_inseriti, {}));
     m_modello.sospendi(false);
-    Q_EMIT finito(m_aggiunti);
+    Q_EMIT finito(aggiunti);
 }

@@ -43,6 +43,6 @@ private:
     qsizetype m_prossimo = 0;
     QSet<QString> m_presenti;
     QString m_motivo;
-    int m_aggiunti = 0;
+    QList<Suppression> m_inseriti;
     QTimer m_passo;
 };

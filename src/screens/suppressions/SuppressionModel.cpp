@@ -131,21 +131,11 @@ QList<SuppressionModel::Conteggio> SuppressionModel::conteggi() const {
 }
 
 void SuppressionModel::ricarica() {
-    const QList<Suppression> letti = m_store.esclusiDopo(0);
     m_esclusi.clear();
-    m_esclusi.reserve(letti.size());
     m_ultimoId = 0;
-    // The same reasons come back again and again (a server's words, one file's name): each distinct text is
-    // deduced once per reading.
-    QHash<QString, MotivoEsclusione> dedotti;
-    for (const Suppression& esclusione : letti) {
-        auto dedotto = dedotti.constFind(esclusione.reason);
-        if (dedotto == dedotti.constEnd())
-            dedotto = dedotti.insert(esclusione.reason, deduci(esclusione.reason));
-        m_esclusi.append({esclusione, *dedotto});
-        m_ultimoId = qMax(m_ultimoId, esclusione.id);
-    }
-    rifiltra();
+    mettiInCima(m_store.esclusiDopo(0));
+    if (m_esclusi.isEmpty())
+        rifiltra();
 }
 
 void SuppressionModel::segui() {
@@ -159,15 +149,33 @@ void SuppressionModel::segui() {
     }
     if (nuovi.isEmpty())
         return;
-    // A run adds entries newer than any known, which go on top; anything else reads again, to keep the order.
-    if (!m_esclusi.isEmpty() && nuovi.last().createdAt < m_esclusi.first().esclusione.createdAt) {
+    mettiInCima(nuovi);
+}
+
+void SuppressionModel::accogli(QList<Suppression> nuove) {
+    std::reverse(nuove.begin(), nuove.end());
+    mettiInCima(nuove);
+}
+
+void SuppressionModel::mettiInCima(const QList<Suppression>& nuove) {
+    if (nuove.isEmpty())
+        return;
+    // A run or an import adds entries newer than any known, which go on top; anything else reads again, to
+    // keep the order.
+    if (!m_esclusi.isEmpty() && nuove.last().createdAt < m_esclusi.first().esclusione.createdAt) {
         ricarica();
         return;
     }
     QList<Voce> davanti;
-    davanti.reserve(nuovi.size() + m_esclusi.size());
-    for (const Suppression& esclusione : nuovi) {
-        davanti.append({esclusione, deduci(esclusione.reason)});
+    davanti.reserve(nuove.size() + m_esclusi.size());
+    // The same reasons come back again and again (a server's words, one file's name): each distinct text is
+    // deduced once per reading.
+    QHash<QString, MotivoEsclusione> dedotti;
+    for (const Suppression& esclusione : nuove) {
+        auto dedotto = dedotti.constFind(esclusione.reason);
+        if (dedotto == dedotti.constEnd())
+            dedotto = dedotti.insert(esclusione.reason, deduci(esclusione.reason));
+        davanti.append({esclusione, *dedotto});
         m_ultimoId = qMax(m_ultimoId, esclusione.id);
     }
     davanti.append(m_esclusi);

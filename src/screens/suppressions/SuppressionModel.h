@@ -62,6 +62,9 @@ public:
 
     // While an import inserts, changes of the store wait for its end.
     void sospendi(bool sospeso);
+    // Entries this screen has just inserted and saved, oldest first: they go on top without reading the
+    // store again.
+    void accogli(QList<Suppression> nuove);
 
 Q_SIGNALS:
     // Entries, filter or search changed: tiles, counter and detail follow.
@@ -69,6 +72,8 @@ Q_SIGNALS:
 
 private:
     void rifiltra();
+    // Newest first.
+    void mettiInCima(const QList<Suppression>& nuove);
     bool passa(const Voce& voce) const;
     QIcon iconaMotivo(MotivoEsclusione motivo) const;
 
