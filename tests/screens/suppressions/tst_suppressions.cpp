@@ -42,6 +42,9 @@ struct Banco {
         vista = std::make_unique<SuppressionView>(ambiente);
         vista->resize(1280, 640);
         vista->show();
+        // The store tells of the changes made before the screen was there; let that pass first.
+        QCoreApplication::processEvents();
+        vista->rinfrescaOra();
         return *vista;
     }
     template <class T> T* pezzo(const char* nome) const { return vista->findChild<T*>(QLatin1String(nome)); }
