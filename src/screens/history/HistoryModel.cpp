@@ -2,9 +2,7 @@
 
 #include "records/CSVText.h"
 #include "ui/Formati.h"
-#include "ui/Symbols.h"
-
-#include <QGuiApplication>
+#include "ui/PresentazioneEsito.h"
 
 namespace {
 // One read from the store brings this many rows; the cache keeps a few screens' worth.
@@ -135,11 +133,11 @@ QVariant HistoryModel::data(const QModelIndex& indice, int ruolo) const {
         }
         return {};
     case Qt::DecorationRole:
-        return indice.column() == stato ? QVariant(iconaStato(log.status())) : QVariant();
+        return indice.column() == stato ? QVariant(PresentazioneEsito::icona(log.status())) : QVariant();
     case Qt::ForegroundRole:
         switch (indice.column()) {
         case stato:
-            return Palette::colore(colore(log.status()));
+            return Palette::colore(PresentazioneEsito::colore(log.status()));
         case campagna:
         case servizio:
         case dettaglio:
@@ -189,41 +187,4 @@ void HistoryModel::svuota() {
     m_store.removeAllLogs();
     m_store.save();
     ricarica();
-}
-
-QString HistoryModel::simbolo(SendStatus stato) {
-    switch (stato) {
-    case SendStatus::sent:
-        return QStringLiteral("checkmark.circle.fill");
-    case SendStatus::failed:
-        return QStringLiteral("xmark.octagon.fill");
-    case SendStatus::skipped:
-        return QStringLiteral("minus.circle");
-    case SendStatus::test:
-        return QStringLiteral("testtube.2");
-    }
-    return {};
-}
-
-Colore HistoryModel::colore(SendStatus stato) {
-    switch (stato) {
-    case SendStatus::sent:
-        return Colore::green;
-    case SendStatus::failed:
-        return Colore::red;
-    case SendStatus::skipped:
-        return Colore::secondary;
-    case SendStatus::test:
-        return Colore::blue;
-    }
-    return Colore::primary;
-}
-
-QIcon HistoryModel::iconaStato(SendStatus stato) const {
-    auto trovata = m_icone.constFind(stato);
-    if (trovata != m_icone.constEnd())
-        return *trovata;
-    const QIcon icona = Symbols::iconaColorata(simbolo(stato), Palette::colore(colore(stato)));
-    m_icone.insert(stato, icona);
-    return icona;
 }

@@ -1,12 +1,9 @@
 #pragma once
 
 #include "records/Store.h"
-#include "ui/Palette.h"
 
 #include <QAbstractTableModel>
 #include <QHash>
-#include <QIcon>
-#include <QMap>
 
 // Every log of the store, newest first, filtered by status and by a text in address or subject. Rows are
 // read from the store a page at a time when the view asks for them; a run's new logs are added on top
@@ -39,15 +36,11 @@ public:
     // Deletes every log, not only the filtered ones, and saves.
     void svuota();
 
-    static QString simbolo(SendStatus stato);
-    static Colore colore(SendStatus stato);
-
 Q_SIGNALS:
     void righeCambiate(qint64 righe);
 
 private:
     const RigaStorico* riga(int numero) const;
-    QIcon iconaStato(SendStatus stato) const;
 
     Store& m_store;
     FiltroRegistri m_filtro;
@@ -58,5 +51,4 @@ private:
     QDateTime m_piuRecente;
     // Rows read so far, keyed by their place counted from the oldest, which a new log on top doesn't move.
     mutable QHash<qint64, RigaStorico> m_letti;
-    mutable QMap<SendStatus, QIcon> m_icone;
 };

@@ -2,6 +2,7 @@
 
 #include "records/CSVText.h"
 #include "screens/history/HistoryModel.h"
+#include "ui/CampoRicerca.h"
 #include "ui/Dialoghi.h"
 #include "ui/Formati.h"
 #include "ui/Palette.h"
@@ -76,12 +77,7 @@ QWidget* HistoryView::creaBarra() {
         QApplication::restoreOverrideCursor();
     });
 
-    m_ricerca = new QLineEdit(barra);
-    m_ricerca->setObjectName(QStringLiteral("ricercaStorico"));
-    m_ricerca->setPlaceholderText(tr("Cerca indirizzo o oggetto"));
-    m_ricerca->setClearButtonEnabled(true);
-    m_ricerca->addAction(Symbols::icona(QStringLiteral("magnifyingglass")), QLineEdit::LeadingPosition);
-    m_ricerca->setMinimumWidth(260);
+    m_ricerca = campoRicerca(tr("Cerca indirizzo o oggetto"), "ricercaStorico", 260, barra);
     riga->addWidget(m_ricerca, 1);
     connect(m_ricerca, &QLineEdit::textChanged, this, [this](const QString& testo) {
         QApplication::setOverrideCursor(Qt::BusyCursor);

@@ -6,6 +6,7 @@
 #include "screens/suppressions/ImportaEsclusi.h"
 #include "screens/suppressions/RiquadroMotivo.h"
 #include "screens/suppressions/SuppressionModel.h"
+#include "ui/CampoRicerca.h"
 #include "ui/Dialoghi.h"
 #include "ui/Formati.h"
 #include "ui/PresentazioneMotivo.h"
@@ -152,12 +153,7 @@ QWidget* SuppressionView::creaComandi() {
     riga->addWidget(m_esporta);
     riga->addSpacing(12);
 
-    m_ricerca = new QLineEdit(barra);
-    m_ricerca->setObjectName(QStringLiteral("ricercaEsclusi"));
-    m_ricerca->setPlaceholderText(tr("Cerca"));
-    m_ricerca->setClearButtonEnabled(true);
-    m_ricerca->addAction(Symbols::icona(QStringLiteral("magnifyingglass")), QLineEdit::LeadingPosition);
-    m_ricerca->setMinimumWidth(160);
+    m_ricerca = campoRicerca(tr("Cerca"), "ricercaEsclusi", 160, barra);
     riga->addWidget(m_ricerca, 1);
     connect(m_ricerca, &QLineEdit::textChanged, m_modello, &SuppressionModel::setRicerca);
 
