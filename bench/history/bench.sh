@@ -16,7 +16,7 @@ esclusi="${HISTORY_SUPPRESSIONS:-100000}"
 store="$HOME/storico.sqlite"
 "$bench" prepara "$store" "$logs" "$esclusi"
 
-median() { sort -n | awk '{ v[NR] = $1 } END { print v[int((NR + 1) / 2)] }'; }
+median() { sort -n | awk 'NF { v[++n] = $1 } END { print n ? v[int((n + 1) / 2)] : "-" }'; }
 # Three rounds per screen, each in a process of its own so that peak memory is the screen's; medians.
 measure() {
     local mode=$1 out
@@ -28,7 +28,7 @@ measure() {
         done
     done
     for key in open_ms filter_ms key_ms key_all_ms key_none_ms peak_kb; do
-        printf '%s=%s ' "$key" "$(tr ' ' '\n' <<<"${values[$key]}" | grep . | median || echo -)"
+        printf '%s=%s ' "$key" "$(tr ' ' '\n' <<<"${values[$key]}" | median)"
     done
 }
 printf '%s logs, %s excluded addresses, median of 3 rounds (goals: open 500 ms, filter or key 300 ms, 400 MB)\n' \
@@ -38,7 +38,7 @@ printf '%-10s %9s %10s %14s %14s %14s %12s\n' "screen" "open ms" "filter ms" "ke
 for mode in storico esclusi; do
     eval "$(measure "$mode")"
     printf '%-10s %9s %10s %14s %14s %14s %9.1f MB\n' "$mode" "$open_ms" "$filter_ms" "$key_ms" "$key_all_ms" \
-        "${key_none_ms:--}" "$(awk -v k="$peak_kb" 'BEGIN { print k / 1024 }')"
+        "$key_none_ms" "$(awk -v k="$peak_kb" 'BEGIN { print k / 1024 }')"
 done
 
 # A file of a million cells, half of them addresses, imported with the Esclusi screen open.

@@ -103,6 +103,9 @@ public:
     qint64 contaRegistri(const FiltroRegistri& filtro) const;
     // `quanti` logs from position `dal` of the filtered order.
     QList<RigaStorico> paginaRegistri(const FiltroRegistri& filtro, qint64 dal, int quanti) const;
+    // The first `quanti` filtered logs, found by reading the table in its stored order and sorting what
+    // passes: for a filter that few logs pass, where walking the date order would visit every log per page.
+    QList<RigaStorico> pochiRegistri(const FiltroRegistri& filtro, int quanti) const;
     // Every filtered log in order, one at a time; stops early when `prossima` gives false.
     void perOgniRegistro(const FiltroRegistri& filtro, const std::function<bool(const RigaStorico&)>& prossima) const;
     // What arrived after `dopoId`: a run only adds logs, so the screen adds them instead of reading again.

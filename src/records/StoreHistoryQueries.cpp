@@ -133,6 +133,20 @@ QList<RigaStorico> Store::paginaRegistri(const FiltroRegistri& filtro, qint64 da
     return righe;
 }
 
+QList<RigaStorico> Store::pochiRegistri(const FiltroRegistri& filtro, int quanti) const {
+    registraContiene(m_db);
+    QString sql = selectStorico.arg(condizione(filtro)) + QStringLiteral(" LIMIT ?");
+    sql.replace(QStringLiteral("FROM SendLog l "), QStringLiteral("FROM SendLog l NOT INDEXED "));
+    QSqlQuery& query = prepared(sql);
+    query.bindValue(legaRicerca(query, filtro, 0), quanti);
+    QList<RigaStorico> righe;
+    if (query.exec())
+        while (query.next())
+            righe.append(leggiRiga(query));
+    query.finish();
+    return righe;
+}
+
 void Store::perOgniRegistro(const FiltroRegistri& filtro,
                             const std::function<bool(const RigaStorico&)>& prossima) const {
     registraContiene(m_db);
