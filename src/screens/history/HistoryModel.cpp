@@ -8,6 +8,9 @@ namespace {
 // One read from the store brings this many rows; the cache keeps a few screens' worth.
 constexpr int pagina = 64;
 constexpr int massimoInCache = 60 * pagina;
+// Up to this many rows a filter's result is read whole; the cache holds them all.
+constexpr qint64 pochi = 2000;
+static_assert(pochi < massimoInCache);
 } // namespace
 
 HistoryModel::HistoryModel(Store& store, QObject* genitore) : QAbstractTableModel(genitore), m_store(store) {
@@ -41,13 +44,18 @@ void HistoryModel::ricarica() {
     m_letti.clear();
     m_ultimoId = m_store.ultimoIdRegistri();
     m_tuttiFinoAUltimo = m_store.contaTuttiRegistri();
-    // The first page first: when it isn't full it is all there is, and a search that finds little reads the
-    // logs once instead of twice.
-    const QList<RigaStorico> prima = m_store.paginaRegistri(m_filtro, 0, pagina);
-    m_totale = prima.size() < pagina ? prima.size() : m_store.contaRegistri(m_filtro);
-    for (qsizetype i = 0; i < prima.size(); ++i)
-        m_letti.insert(m_totale - 1 - i, prima.at(i));
-    m_piuRecente = prima.isEmpty() ? QDateTime() : prima.first().log.date;
+    const bool filtrato = m_filtro.stato || !m_filtro.ricerca.isEmpty();
+    m_totale = filtrato ? m_store.contaRegistri(m_filtro) : m_tuttiFinoAUltimo;
+    // Few logs pass: read them all at once in the table's order, since a page in date order would walk
+    // every log to find its rows. Many pass: pages in date order find theirs quickly.
+    if (filtrato && m_totale <= pochi) {
+        const QList<RigaStorico> tutte = m_store.pochiRegistri(m_filtro, int(m_totale));
+        m_totale = tutte.size();
+        for (qsizetype i = 0; i < tutte.size(); ++i)
+            m_letti.insert(m_totale - 1 - i, tutte.at(i));
+    }
+    const RigaStorico* prima = riga(0);
+    m_piuRecente = prima ? prima->log.date : QDateTime();
     endResetModel();
     Q_EMIT righeCambiate(m_totale);
 }
