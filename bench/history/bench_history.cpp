@@ -28,6 +28,8 @@
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QSqlDatabase>
+#include <QSqlQuery>
 #include <QTimer>
 
 #include <sys/resource.h>
@@ -130,7 +132,24 @@ int storico(const QString& percorso) {
     orologio.restart();
     tasto(vista.findChild<QLineEdit*>(QStringLiteral("ricercaStorico")), 'q');
     const double ricercaVuota = finoAlDisegno(vista, orologio);
+    // The floor: SQLite's own count of the same search, ASCII case rules only, with no screen.
+    double pavimento = 0;
+    {
+        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("pavimento"));
+        db.setDatabaseName(percorso);
+        if (db.open()) {
+            QSqlQuery query(db);
+            orologio.restart();
+            query.exec(QStringLiteral("SELECT count(*) FROM SendLog WHERE instr(lower(email), 'q') OR "
+                                      "instr(lower(subject), 'q')"));
+            query.next();
+            pavimento = double(orologio.nsecsElapsed()) / 1e6;
+        }
+        db.close();
+    }
+    QSqlDatabase::removeDatabase(QStringLiteral("pavimento"));
     std::printf("rows %lld errors %lld\n", static_cast<long long>(righe), static_cast<long long>(errori));
+    std::printf("floor_ms %.1f\n", pavimento);
     std::printf("open_ms %.1f\nfilter_ms %.1f\nkey_ms %.1f\nkey_all_ms %.1f\nkey_none_ms %.1f\npeak_kb %ld\n", apertura,
                 filtro, ricerca, ricercaTutti, ricercaVuota, piccoMemoriaKb());
     return 0;
