@@ -57,7 +57,7 @@ port=2525
 recipients="${RUN_RECIPIENTS:-10000}"
 /usr/sbin/smtp-sink -p -u nobody "$address:$port" 256 &
 sink_pid=$!
-trap 'kill "$sink_pid" 2>/dev/null; wait "$sink_pid" 2>/dev/null; rm -rf "$HOME"' EXIT
+trap 'kill "$sink_pid" 2>/dev/null; wait "$sink_pid" 2>/dev/null || true; rm -rf "$HOME"' EXIT
 for _ in $(seq 100); do
     (exec 3<>"/dev/tcp/$address/$port") 2>/dev/null && break
     sleep 0.05

@@ -22,9 +22,11 @@
 HistoryView::HistoryView(Ambiente& ambiente, QWidget* genitore) : QWidget(genitore) {
     setObjectName(QStringLiteral("schermata-storico"));
     m_modello = new HistoryModel(ambiente.store, this);
+    // Four refreshes a second while a run saves after every message: enough for a table that scrolls by,
+    // and the run shares the thread.
     m_rinfresco = new Rinfresco(
         ambiente.store, Store::SendLogs | Store::Campaigns, [this](Store::Entities cosa) { m_modello->segui(cosa); },
-        this);
+        this, 250);
 
     auto* colonna = new QVBoxLayout(this);
     colonna->setContentsMargins(16, 12, 16, 12);
