@@ -2,6 +2,7 @@
 #include "records/StoreTables.h"
 #include "records/Text.h"
 
+#include <QSet>
 #include <QSqlDriver>
 #include <QSqlQuery>
 
@@ -56,14 +57,20 @@ void contiene(sqlite3_context* contesto, int, sqlite3_value** argomenti) {
     sqlite3_result_int(contesto, trovato ? 1 : 0);
 }
 
+// Once per connection: defining a function again would make SQLite prepare every cached statement anew.
+// Connection names are never reused, so they tell the connections apart.
 void registraContiene(const QSqlDatabase& db) {
+    static QSet<QString> registrate;
+    if (registrate.contains(db.connectionName()))
+        return;
     const QVariant handle = db.driver()->handle();
     if (qstrcmp(handle.typeName(), "sqlite3*") != 0)
         return;
-    if (auto* connessione = *static_cast<sqlite3* const*>(handle.data()))
-        sqlite3_create_function_v2(connessione, "brezzario_contiene", 2,
-                                   SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS, nullptr, contiene, nullptr,
-                                   nullptr, nullptr);
+    auto* connessione = *static_cast<sqlite3* const*>(handle.data());
+    if (connessione && sqlite3_create_function_v2(connessione, "brezzario_contiene", 2,
+                                                  SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_INNOCUOUS, nullptr,
+                                                  contiene, nullptr, nullptr, nullptr) == SQLITE_OK)
+        registrate.insert(db.connectionName());
 }
 
 // The WHERE clause of a filter, over the log table named `l`. The status values are the fixed raw values,
