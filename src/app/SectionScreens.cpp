@@ -4,6 +4,8 @@
 #include "screens/lists/ListsView.h"
 #include "screens/settings/SettingsView.h"
 #include "screens/templates/TemplatesView.h"
+#include "screens/history/HistoryView.h"
+#include "screens/suppressions/SuppressionView.h"
 
 // One line per section: a screen that arrives replaces its section's line here.
 QWidget* creaSchermata(Sezione sezione, Ambiente& ambiente, QWidget* genitore) {
@@ -15,9 +17,9 @@ QWidget* creaSchermata(Sezione sezione, Ambiente& ambiente, QWidget* genitore) {
     case Sezione::campagne:
         return new SegnapostoSezione(Sezione::campagne, genitore);
     case Sezione::storico:
-        return new SegnapostoSezione(Sezione::storico, genitore);
+        return new HistoryView(ambiente, genitore);
     case Sezione::esclusi:
-        return new SegnapostoSezione(Sezione::esclusi, genitore);
+        return new SuppressionView(ambiente, genitore);
     case Sezione::impostazioni:
         return new SettingsView(ambiente, genitore);
     }

@@ -3,6 +3,7 @@
 #include "records/Campaign.h"
 #include "records/ContactList.h"
 #include "records/ContactRow.h"
+#include "records/FiltroRegistri.h"
 #include "records/MessageTemplate.h"
 #include "records/SendLog.h"
 #include "records/Suppression.h"
@@ -13,6 +14,7 @@
 #include <QSet>
 #include <QSqlDatabase>
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -141,6 +143,28 @@ public:
     // Delivered logs of the rolling last 24 hours for one send profile.
     int inviateUltime24Ore(const QString& servizio, const QDateTime& now = QDateTime::currentDateTimeUtc()) const;
     bool removeAllLogs();
+
+    // For the History screen: the logs newest first (by date, then by identity), filtered, read a page at a
+    // time so that a history of a million logs is never loaded whole. Defined in StoreHistoryQueries.cpp.
+    qint64 contaRegistri(const FiltroRegistri& filtro) const;
+    // `quanti` logs from position `dal` of the filtered order.
+    QList<RigaStorico> paginaRegistri(const FiltroRegistri& filtro, qint64 dal, int quanti) const;
+    // The first `quanti` filtered logs, found by reading the table in its stored order and sorting what
+    // passes: for a filter that few logs pass, where walking the date order would visit every log per page.
+    QList<RigaStorico> pochiRegistri(const FiltroRegistri& filtro, int quanti) const;
+    // Every filtered log in order, one at a time; stops early when `prossima` gives false.
+    void perOgniRegistro(const FiltroRegistri& filtro, const std::function<bool(const RigaStorico&)>& prossima) const;
+    // What arrived after `dopoId`: a run only adds logs, so the screen adds them instead of reading again.
+    NovitaRegistri registriDopo(const FiltroRegistri& filtro, RecordId dopoId) const;
+    RecordId ultimoIdRegistri() const;
+    // Every log, filtered or not: with what arrived since, it tells whether some were deleted. Cheap: it
+    // counts the smallest index.
+    qint64 contaTuttiRegistri() const;
+    // For the Suppression screen: the entries newest first, all of them or only those after an identity.
+    QList<Suppression> esclusiDopo(RecordId dopoId) const;
+    qint64 contaEsclusi() const;
+    // The entry with exactly this address, if any.
+    std::optional<Suppression> esclusoPerEmail(const QString& email) const;
 
     // The normalised addresses of every suppression.
     QSet<QString> suppressedEmails() const;

@@ -1,6 +1,7 @@
 #include "ui/Formati.h"
 
 #include <QCoreApplication>
+#include <QLocale>
 
 #include <cmath>
 
@@ -17,4 +18,11 @@ QString durataLeggibile(double secondi) {
         return formato(QCoreApplication::translate("durataLeggibile", "%d m %02d s"), int(totale / 60),
                        int(totale % 60));
     return QString::number(totale) + QStringLiteral(" s");
+}
+
+QString dataOraBreve(const QDateTime& istante) {
+    const QDateTime locale = istante.toLocalTime();
+    const QLocale lingua;
+    return lingua.toString(locale.date(), QLocale::ShortFormat) + QStringLiteral(" ") +
+           lingua.toString(locale.time(), QLocale::ShortFormat);
 }

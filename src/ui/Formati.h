@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDateTime>
 #include <QString>
 
 // The text of a duration: "—" under a second, then "45 s", "3 m 07 s", "2 h 05 m".
@@ -9,3 +10,6 @@ QString durataLeggibile(double secondi);
 template <typename... Argomenti> QString formato(const QString& modello, Argomenti... argomenti) {
     return QString::asprintf(modello.toUtf8().constData(), argomenti...);
 }
+
+// A moment as the tables show it: short date and short time in the user's locale, in local time.
+QString dataOraBreve(const QDateTime& istante);

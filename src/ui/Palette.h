@@ -6,7 +6,7 @@
 // The named colours of the screens. Primary and secondary follow the platform's palette (secondary is
 // its placeholder text colour), accent its highlight; the others are fixed hues that read on both light
 // and dark backgrounds.
-enum class Colore { primary, secondary, accent, green, red, orange, blue, teal, indigo };
+enum class Colore { primary, secondary, accent, green, red, orange, yellow, blue, teal, indigo, purple };
 
 namespace Palette {
 

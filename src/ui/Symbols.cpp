@@ -65,6 +65,15 @@ constexpr Voce tabella[] = {
     {"paperclip", "mail-attachment-symbolic"},
     {"paperplane", "mail-send-symbolic"},
     {"info.circle", "dialog-information-symbolic"},
+    {"person.crop.circle.badge.xmark", "avatar-default-symbolic"},
+    {"tray.full", "mail-unread-symbolic"},
+    {"globe.badge.chevron.backward", "network-error-symbolic"},
+    {"questionmark.circle", "dialog-question-symbolic"},
+    {"hand.raised.slash", "mail-mark-junk-symbolic"},
+    {"envelope.badge.shield.half.filled", "channel-secure-symbolic"},
+    {"hand.point.up.left", "document-edit-symbolic"},
+    {"arrow.uturn.backward", "edit-undo-symbolic"},
+    {"magnifyingglass", "edit-find-symbolic"},
 };
 
 } // namespace

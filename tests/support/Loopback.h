@@ -23,4 +23,5 @@ inline constexpr const char* journeyDns = "127.0.0.39";    // test_journey: NSD 
 inline constexpr const char* keychain = "127.0.0.41";      // reserved: test_keychain binds nothing today
 inline constexpr const char* benchSmtp = "127.0.0.61";     // bench/smtp: Postfix smtp-sink (bench.sh)
 inline constexpr const char* benchEngine = "127.0.0.62";   // bench/engine: Postfix smtp-sink (bench.sh)
+inline constexpr const char* benchHistory = "127.0.0.63";  // bench/history: Postfix smtp-sink (bench.sh)
 } // namespace Loopback

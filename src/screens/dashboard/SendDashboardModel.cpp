@@ -1,6 +1,7 @@
 #include "screens/dashboard/SendDashboardModel.h"
 
 #include "ui/Formati.h"
+#include "ui/PresentazioneEsito.h"
 
 #include <QCoreApplication>
 
@@ -147,31 +148,11 @@ IndirizziRifiutati indirizziRifiutati(const QList<SendEngine::EventoInvio>& erro
 }
 
 QString simboloEsito(SendStatus esito) {
-    switch (esito) {
-    case SendStatus::sent:
-        return QStringLiteral("checkmark.circle.fill");
-    case SendStatus::failed:
-        return QStringLiteral("xmark.octagon.fill");
-    case SendStatus::skipped:
-        return QStringLiteral("minus.circle");
-    case SendStatus::test:
-        return QStringLiteral("testtube.2");
-    }
-    return {};
+    return PresentazioneEsito::simbolo(esito);
 }
 
 Colore coloreEsito(SendStatus esito) {
-    switch (esito) {
-    case SendStatus::sent:
-        return Colore::green;
-    case SendStatus::failed:
-        return Colore::red;
-    case SendStatus::skipped:
-        return Colore::secondary;
-    case SendStatus::test:
-        return Colore::blue;
-    }
-    return Colore::primary;
+    return PresentazioneEsito::colore(esito);
 }
 
 } // namespace SendDashboardModel
