@@ -1,11 +1,11 @@
 #include "app/SectionScreens.h"
 
 #include "app/SegnapostoSezione.h"
+#include "screens/history/HistoryView.h"
 #include "screens/lists/ListsView.h"
 #include "screens/settings/SettingsView.h"
-#include "screens/templates/TemplatesView.h"
-#include "screens/history/HistoryView.h"
 #include "screens/suppressions/SuppressionView.h"
+#include "screens/templates/TemplatesView.h"
 
 // One line per section: a screen that arrives replaces its section's line here.
 QWidget* creaSchermata(Sezione sezione, Ambiente& ambiente, QWidget* genitore) {

@@ -1,7 +1,7 @@
 #include "composition/MIMEBuilder.h"
 
-#include "records/EmailSyntax.h"
 #include "records/Casuale.h"
+#include "records/EmailSyntax.h"
 
 #include <QRegularExpression>
 #include <QUuid>

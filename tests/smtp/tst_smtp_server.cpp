@@ -98,9 +98,8 @@ void TestSMTP::refusedCertificate_data() {
     QTest::addColumn<QStringList>("dnsNames"); // of the server's certificate
     QTest::addColumn<QStringList>("ipAddresses");
     QTest::addColumn<QString>("description");
-    QTest::newRow("issuer not trusted")
-        << false << QStringList() << QStringList{Loopback::smtp}
-        << "Errore di connessione: il certificato del server non è attendibile";
+    QTest::newRow("issuer not trusted") << false << QStringList() << QStringList{Loopback::smtp}
+                                        << "Errore di connessione: il certificato del server non è attendibile";
     QTest::newRow("certificate for another host")
         << true << QStringList{"altro.prova.example"} << QStringList{"127.0.0.99"}
         << "Errore di connessione: il certificato del server non corrisponde al nome dell'host";
