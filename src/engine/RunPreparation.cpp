@@ -107,6 +107,8 @@ QCoro::Task<bool> Corsa::prepara(Campaign campaign, SettingsStore& settings) {
         if (!avanti)
             co_return false;
     }
+    // Planning read the whole list through the store's page cache; the run needs only a few pages of it.
+    m_store.liberaCache();
     m_engine.setTotal(m_destinatari.size());
     salvaStato(CampaignStatus::running);
 
@@ -132,10 +134,11 @@ QCoro::Task<bool> Corsa::righeDegliIndirizzi(const RunPlanning::Plan& piano, QHa
     for (RecordId dopo = 0;;) {
         const QList<QPair<RecordId, QString>> pagina = m_store.indirizziRighe(dopo, righePerPagina);
         for (const auto& [id, email] : pagina) {
-            // An accented domain answers to its ASCII form, the one the outcome carries.
-            const QString normalizzato = wireAddress(Text::normalizedAddress(email));
-            if (indirizzi.contains(normalizzato))
-                righe[normalizzato].append(id);
+            // An accented domain answers to its ASCII form, the one the outcome carries. The key is the plan's
+            // own copy of the address, so the map adds no text of its own.
+            const auto trovato = indirizzi.constFind(wireAddress(Text::normalizedAddress(email)));
+            if (trovato != indirizzi.cend())
+                righe[*trovato].append(id);
         }
         if (pagina.size() < righePerPagina)
             co_return true;

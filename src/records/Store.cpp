@@ -232,6 +232,11 @@ bool Store::save() {
     return true;
 }
 
+void Store::liberaCache() {
+    QSqlQuery query(m_db);
+    query.exec(QStringLiteral("PRAGMA shrink_memory"));
+}
+
 namespace {
 bool execWith(QSqlQuery& query, const QVariantList& values) {
     for (int i = 0; i < values.size(); ++i) {

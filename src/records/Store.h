@@ -173,6 +173,8 @@ public:
     QHash<QString, QList<ContactRow>> righePerEmail() const;
 
     bool save();
+    // Hands back to the system the page cache a long read filled; the next reads fill it again as needed.
+    void liberaCache();
     bool hasPendingChanges() const { return m_inTransaction; }
 
 Q_SIGNALS:
