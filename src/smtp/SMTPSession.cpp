@@ -233,6 +233,9 @@ QCoro::Task<> SMTPSession::write(QByteArray bytes) {
     const QDeadlineTimer deadline(m_options.timeout);
     if (m_connection->write(bytes) != bytes.size())
         throw socketFailure();
+    // Handing the bytes to the system now, rather than on the next turn of the event loop, usually leaves
+    // nothing to wait for: a command costs no timer and no extra turn.
+    m_connection->flush();
     while (m_connection->bytesToWrite() > 0) {
         if (deadline.hasExpired())
             failAndClose(SMTPError::timeout());
