@@ -14,7 +14,8 @@ for area in "${areas[@]}"; do
     script="bench/$area/bench.sh"
     [ -x "$script" ] || continue
     echo "== $area =="
-    BUILD_DIR="$PWD/build" "$script" | tee >(grep '^goal:' | sed "s|^goal: |$area\t|" >>"$goals")
+    BUILD_DIR="$PWD/build" "$script" | tee >(grep '^goal:' | sed "s|^goal: |$area\t|" >>"$goals") ||
+        echo "($area ended with status $?)"
     echo
 done
 sleep 0.2 # the last tee's reader may still be writing

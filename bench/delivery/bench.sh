@@ -17,7 +17,7 @@ cmake --build "$BUILD_DIR" --target bench_delivery >/dev/null
 work=$(mktemp -d)
 sink_pid=""
 cleanup() {
-    [ -n "$sink_pid" ] && kill "$sink_pid" 2>/dev/null && wait "$sink_pid" 2>/dev/null
+    [ -n "$sink_pid" ] && kill "$sink_pid" 2>/dev/null && wait "$sink_pid" 2>/dev/null || true
     rm -rf "$work"
 }
 trap cleanup EXIT
