@@ -1,6 +1,7 @@
 #include "app/SectionScreens.h"
 
 #include "app/SegnapostoSezione.h"
+#include "screens/campaigns/CampaignsView.h"
 #include "screens/history/HistoryView.h"
 #include "screens/lists/ListsView.h"
 #include "screens/settings/SettingsView.h"
@@ -15,7 +16,7 @@ QWidget* creaSchermata(Sezione sezione, Ambiente& ambiente, QWidget* genitore) {
     case Sezione::modelli:
         return new TemplatesView(ambiente, genitore);
     case Sezione::campagne:
-        return new SegnapostoSezione(Sezione::campagne, genitore);
+        return new CampaignsView(ambiente, genitore);
     case Sezione::storico:
         return new HistoryView(ambiente, genitore);
     case Sezione::esclusi:

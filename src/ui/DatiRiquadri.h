@@ -29,3 +29,11 @@ struct DatoInline {
     Colore colore = Colore::primary;
     bool mostrato = true;
 };
+
+// A figure with a caption under its value.
+struct DatoTondo {
+    QString titolo;
+    QString valore;
+    QString dettaglio;
+    Colore colore = Colore::primary;
+};

@@ -101,7 +101,7 @@ void RiquadroView::paintEvent(QPaintEvent*) {
 }
 
 DatoInlineView::DatoInlineView(QWidget* genitore)
-    : QWidget(genitore), m_titolo(new QLabel(this)), m_valore(new QLabel(this)) {
+    : QWidget(genitore), m_titolo(new QLabel(this)), m_valore(new QLabel(this)), m_dettaglio(new QLabel(this)) {
     auto* colonna = new QVBoxLayout(this);
     colonna->setContentsMargins(0, 0, 0, 0);
     colonna->setSpacing(1);
@@ -111,8 +111,13 @@ DatoInlineView::DatoInlineView(QWidget* genitore)
     m_titolo->setStyleSheet(coloreTesto(Colore::secondary));
     m_valore->setFont(carattereScalato(font(), 1.1, QFont::DemiBold));
     m_valore->setStyleSheet(coloreTesto(Colore::primary));
+    m_dettaglio->setObjectName(QStringLiteral("dettaglio"));
+    m_dettaglio->setFont(carattereScalato(font(), 0.85));
+    m_dettaglio->setStyleSheet(coloreTesto(Colore::secondary));
+    m_dettaglio->hide();
     colonna->addWidget(m_titolo);
     colonna->addWidget(m_valore);
+    colonna->addWidget(m_dettaglio);
 }
 
 void DatoInlineView::imposta(const DatoInline& dato) {
@@ -123,6 +128,12 @@ void DatoInlineView::imposta(const DatoInline& dato) {
         m_valore->setStyleSheet(coloreTesto(m_colore));
     }
     setVisible(dato.mostrato);
+}
+
+void DatoInlineView::imposta(const DatoTondo& dato) {
+    imposta(DatoInline{dato.titolo, dato.valore, dato.colore, true});
+    aggiorna(m_dettaglio, dato.dettaglio);
+    m_dettaglio->setVisible(!dato.dettaglio.isEmpty());
 }
 
 NotaView::NotaView(const QString& simbolo, Colore colore, QWidget* genitore)

@@ -48,11 +48,14 @@ class DatoInlineView : public QWidget {
 public:
     explicit DatoInlineView(QWidget* genitore = nullptr);
     void imposta(const DatoInline& dato);
+    // The same, with the caption under the value.
+    void imposta(const DatoTondo& dato);
     Colore colore() const { return m_colore; }
 
 private:
     QLabel* m_titolo;
     QLabel* m_valore;
+    QLabel* m_dettaglio;
     Colore m_colore = Colore::primary;
 };
 

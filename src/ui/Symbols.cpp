@@ -64,6 +64,7 @@ constexpr Voce tabella[] = {
     {"eraser", "edit-clear-all-symbolic"},
     {"paperclip", "mail-attachment-symbolic"},
     {"paperplane", "mail-send-symbolic"},
+    {"exclamationmark.shield.fill", "security-low-symbolic"},
     {"info.circle", "dialog-information-symbolic"},
     {"person.crop.circle.badge.xmark", "avatar-default-symbolic"},
     {"tray.full", "mail-unread-symbolic"},

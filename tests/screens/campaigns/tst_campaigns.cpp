@@ -1,0 +1,328 @@
+#include "AiosmtpdServer.h"
+#include "Loopback.h"
+#include "MemoryKeychain.h"
+#include "NsdServer.h"
+#include "Screenshot.h"
+#include "TempStore.h"
+#include "TestCA.h"
+
+#include "app/BrezzarioApp.h"
+#include "checks/Dig.h"
+#include "engine/SendEngine.h"
+#include "import/ListImport.h"
+#include "screens/campaigns/CampaignDetailView.h"
+#include "screens/campaigns/CampaignReadings.h"
+#include "screens/campaigns/CampaignsView.h"
+#include "screens/dashboard/SendDashboardView.h"
+#include "settings/Keychain.h"
+#include "settings/SettingsStore.h"
+#include "smtp/SMTPSession.h"
+#include "ui/Ambiente.h"
+#include "ui/Dialoghi.h"
+#include "ui/Rinfresco.h"
+
+#include <QLabel>
+#include <QListWidget>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace {
+
+// A list of `quanti` addresses, a template and a campaign joining them, in a real store file.
+struct Archivio {
+    TempStore temp;
+    Store& store;
+    Campaign campagna;
+
+    explicit Archivio(int quanti, const QString& html = QStringLiteral("<p>Gentile {{nome}}</p>"))
+        : store(*temp.store) {
+        ContactList lista(QStringLiteral("Clienti"), QStringLiteral("clienti.csv"), {"email", "nome"},
+                          QStringLiteral("email"));
+        store.insert(lista);
+        QList<ContactRow> righe;
+        for (int i = 0; i < quanti; ++i) {
+            const QString email = QStringLiteral("cliente%1@ditta.it").arg(i);
+            righe.append(ContactRow({{"email", email}, {"nome", QStringLiteral("Cliente %1").arg(i)}}, email));
+        }
+        store.insertRows(lista.id, righe);
+        MessageTemplate modello(QStringLiteral("Saldi"), QStringLiteral("Saldi per {{nome}}"), html);
+        store.insert(modello);
+        campagna = Campaign(QStringLiteral("Primavera"));
+        campagna.listId = lista.id;
+        campagna.templateId = modello.id;
+        store.insert(campagna);
+        store.save();
+    }
+    // `quanti` logs of the given status for the first addresses, `oreFa` hours ago, under the profile "Brevo".
+    void registra(int quanti, SendStatus stato, int oreFa, bool dellaCampagna) {
+        for (int i = 0; i < quanti; ++i) {
+            SendLog log(QStringLiteral("cliente%1@ditta.it").arg(i), QStringLiteral("Saldi"), stato, {},
+                        QStringLiteral("Brevo"));
+            log.date = QDateTime::currentDateTimeUtc().addSecs(-3600 * oreFa);
+            log.campaignId = dellaCampagna ? campagna.id : 0;
+            store.insert(log);
+        }
+        store.save();
+    }
+};
+
+ProfiloAttivo brevo(int limite, double pausa = 2.0) {
+    return {QStringLiteral("Brevo"),
+            QStringLiteral("negozio@prova.example"),
+            QStringLiteral("smtp-relay.brevo.com"),
+            pausa,
+            limite,
+            true};
+}
+
+QString riga(const QWidget* vista, const char* nome) {
+    const auto* etichetta = vista->findChild<QLabel*>(QString::fromLatin1(nome));
+    return etichetta && etichetta->isVisibleTo(vista->window()) ? etichetta->text() : QString();
+}
+
+} // namespace
+
+class TestCampaigns : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase();
+    void letture_data();
+    void letture();
+    void riferimentiRotti();
+    void dominio_data();
+    void dominio();
+    void daCapoAFine();
+
+private:
+    TestCA m_ca;
+    std::unique_ptr<NsdServer> m_nsd;
+    std::shared_ptr<QHash<MemoryKeychain::Key, QByteArray>> m_segreti;
+};
+
+void TestCampaigns::initTestCase() {
+    Q_INIT_RESOURCE(resources);
+    BrezzarioApp::preparaApplicazione();
+    auto portachiavi = std::make_unique<MemoryKeychain>();
+    m_segreti = portachiavi->entries;
+    Keychain::setBackend(std::move(portachiavi));
+    // The sender's domain publishes an MX and nothing else: no SPF, no DKIM, no DMARC.
+    m_nsd = std::make_unique<NsdServer>(QString::fromLatin1(Loopback::campaignsDns));
+    QVERIFY2(m_nsd->start({{QStringLiteral("prova.example"), QStringLiteral("@ IN MX 10 mx\nmx IN A 192.0.2.7\n")},
+                           {QStringLiteral("ditta.it"), QStringLiteral("@ IN MX 10 mx\nmx IN A 192.0.2.8\n")}}),
+             qPrintable(m_nsd->error()));
+    Dig::setResolverForTests(QString::fromLatin1(Loopback::campaignsDns));
+    SendEngine::setControlloDominiPerTest(QString::fromLatin1(Loopback::campaignsDns));
+}
+
+void TestCampaigns::letture_data() {
+    QTest::addColumn<int>("indirizzi");
+    QTest::addColumn<int>("limite");
+    QTest::addColumn<int>("inviateOggiAltrove"); // sent in the last 24 hours by other campaigns
+    QTest::addColumn<int>("giaInviateQui");      // sent by this campaign, two days ago
+    QTest::addColumn<qint64>("partiranno");
+    QTest::addColumn<QString>("etichetta");
+    QTest::addColumn<bool>("pronta");
+    QTest::addColumn<QString>("quota");
+    QTest::addColumn<QString>("attesa");
+
+    QTest::newRow("quota cuts the run") << 100 << 40 << 30 << 0 << qint64(10)
+                                        << "Avvia invio (10 ora, 100 da contattare)" << true
+                                        << "Con Brevo, nelle ultime 24 ore sono partiti 30 messaggi su un tetto di 40: "
+                                           "oggi ne restano 10."
+                                        << "Gli altri 90 restano in attesa: premi di nuovo \"Riprendi invio\" domani "
+                                           "per continuare da dove eri rimasto.";
+    QTest::newRow("limit 0 means no limit") << 100 << 0 << 30 << 0 << qint64(100) << "Avvia invio (100)" << true << ""
+                                            << "";
+    QTest::newRow("everything sent") << 5 << 300 << 0 << 5 << qint64(0) << "Quota di oggi esaurita" << false
+                                     << "Con Brevo, nelle ultime 24 ore sono partiti 0 messaggi su un tetto di 300: "
+                                        "oggi ne restano 300."
+                                     << "";
+    QTest::newRow("quota used up") << 5 << 30 << 30 << 0 << qint64(0) << "Quota di oggi esaurita" << false
+                                   << "Con Brevo, nelle ultime 24 ore sono partiti 30 messaggi su un tetto di 30: oggi "
+                                      "ne restano 0."
+                                   << "Gli altri 5 restano in attesa: premi di nuovo \"Riprendi invio\" domani per "
+                                      "continuare da dove eri rimasto.";
+    QTest::newRow("resumed") << 5 << 0 << 0 << 2 << qint64(3) << "Riprendi invio (3)" << true << ""
+                             << "";
+}
+
+void TestCampaigns::letture() {
+    QFETCH(int, indirizzi);
+    QFETCH(int, limite);
+    QFETCH(int, inviateOggiAltrove);
+    QFETCH(int, giaInviateQui);
+    Archivio archivio(indirizzi);
+    // Other campaigns' logs count for the quota only: they are for addresses outside this list.
+    for (int i = 0; i < inviateOggiAltrove; ++i) {
+        SendLog log(QStringLiteral("altro%1@ditta.it").arg(i), QStringLiteral("Altro"), SendStatus::sent, {},
+                    QStringLiteral("Brevo"));
+        archivio.store.insert(log);
+    }
+    archivio.store.save();
+    archivio.registra(giaInviateQui, SendStatus::sent, 48, true);
+
+    const LettureCampagna l = CampaignReadings::leggi(archivio.campagna, archivio.store, brevo(limite), false);
+    QTEST(l.partiranno, "partiranno");
+    QTEST(l.etichettaAvvio, "etichetta");
+    QTEST(l.pronta, "pronta");
+    QTEST(l.rigaQuota(brevo(limite)), "quota");
+    QTEST(l.rigaAttesa(), "attesa");
+    QCOMPARE(l.daContattare, qsizetype(indirizzi - giaInviateQui));
+    QCOMPARE(l.giaInviate, qint64(giaInviateQui));
+    // Those already sent are told by their own tile, never among the excluded.
+    QCOMPARE(l.esclusi, qsizetype(0));
+    // A running engine holds every start back.
+    QVERIFY(!CampaignReadings::leggi(archivio.campagna, archivio.store, brevo(limite), true).pronta);
+}
+
+// A deleted list: the banner, no recipients, no missing fields, and the counters of what was sent stay.
+void TestCampaigns::riferimentiRotti() {
+    Archivio archivio(3, QStringLiteral("<p>{{nome}} {{citta}}</p>"));
+    LettureCampagna prima = CampaignReadings::leggi(archivio.campagna, archivio.store, brevo(0, 5), false);
+    QCOMPARE(prima.campiMancanti, QStringList{"citta"});
+    QCOMPARE(
+        prima.rigaCampiMancanti(),
+        QStringLiteral("Il modello usa campi che questa lista non ha: citta. Verranno sostituiti con testo vuoto."));
+    archivio.registra(1, SendStatus::sent, 1, true);
+    archivio.registra(1, SendStatus::failed, 1, true);
+    archivio.store.remove<ContactList>(archivio.campagna.listId);
+    archivio.store.save();
+
+    const LettureCampagna l = CampaignReadings::leggi(archivio.campagna, archivio.store, brevo(0, 5), false);
+    QVERIFY(l.riferimentiRotti);
+    QVERIFY(!l.listaValida);
+    QVERIFY(l.campiMancanti.isEmpty());
+    QCOMPARE(l.daContattare, qsizetype(0));
+    QCOMPARE(l.giaInviate, qint64(1));
+    QCOMPARE(l.errori, qint64(1));
+    QVERIFY(!l.pronta);
+    QCOMPARE(l.fineprevista, QStringLiteral("—"));
+}
+
+void TestCampaigns::dominio_data() {
+    QTest::addColumn<QString>("mittente");
+    QTest::addColumn<QString>("dominio");
+    QTest::newRow("an address") << "negozio@prova.example"
+                                << "prova.example";
+    QTest::newRow("no @: the whole text") << "prova.example"
+                                          << "prova.example";
+    QTest::newRow("two @: after the last") << "a@b@ditta.it"
+                                           << "ditta.it";
+    QTest::newRow("ends with @") << "negozio@"
+                                 << "";
+}
+
+void TestCampaigns::dominio() {
+    QFETCH(QString, mittente);
+    QTEST(CampaignReadings::dominioMittente(mittente), "dominio");
+    // One message takes one second whatever the pause; none takes none.
+    QCOMPARE(CampaignReadings::stima(7.5, 1), 1.0);
+    QCOMPARE(CampaignReadings::stima(7.5, 0), 0.0);
+    QCOMPARE(CampaignReadings::stima(2.0, 10), 28.0);
+}
+
+// The whole path on screen: a spreadsheet export imported through the import logic, "Nuova campagna", the
+// domain warning from NSD, the confirm dialog's words, a run against aiosmtpd with implicit TLS and AUTH that
+// refuses one address at RCPT, and the detail after it.
+void TestCampaigns::daCapoAFine() {
+    AiosmtpdServer::Options opzioni = AiosmtpdServer::withTls(m_ca, QString::fromLatin1(Loopback::campaignsSmtp));
+    opzioni.rejectAtRcpt = {{QStringLiteral("^nessuno@"), QStringLiteral("550 5.1.1 Utente sconosciuto")}};
+    AiosmtpdServer server(opzioni);
+    QVERIFY2(server.start(), qPrintable(server.errorString()));
+
+    TempStore temp;
+    Store& store = *temp.store;
+    SettingsStore settings;
+    SMTPConfig config = server.config();
+    config.fromEmail = QStringLiteral("negozio@prova.example");
+    config.delayBetweenMessages = 0;
+    config.dailyLimit = 0;
+    settings.setConfig(config);
+    m_segreti->insert({Keychain::servizio, settings.accountCorrente()}, AiosmtpdServer::Options().password.toUtf8());
+    Ambiente ambiente{settings, store};
+
+    QTemporaryDir cartella;
+    QFile file(cartella.filePath(QStringLiteral("clienti.csv")));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("Elenco clienti 2026;;\r\nNome;Email;Citta\r\nAnna;anna@ditta.it;Bari\r\nBruno;bruno@ditta.it;Lecce\r\n"
+               "Carla;nessuno@ditta.it;Roma\r\nDario;;Roma\r\n");
+    file.close();
+    LetturaFile letto = leggiFile(file.fileName());
+    QVERIFY2(letto.pending, qPrintable(letto.errore));
+    ImportSheetState foglio(std::move(*letto.pending));
+    QCOMPARE(foglio.rigaIntestazione(), qsizetype(1));
+    QCOMPARE(foglio.colonnaEmail, QStringLiteral("Email"));
+    foglio.scartaSenzaEmail = false;
+    foglio.importa(store);
+    MessageTemplate modello(QStringLiteral("Saldi"), QStringLiteral("Saldi per {{Nome}}"),
+                            QStringLiteral("<p>Gentile {{Nome}} di {{Citta}}</p>"));
+    store.insert(modello);
+    store.save();
+
+    CampaignsView vista(ambiente);
+    const SMTPSession::Options sessione = AiosmtpdServer::sessionOptions(&m_ca);
+    vista.motore()->setFabbricaSessionePerTest(
+        [sessione](const SMTPConfig& c, const QString& p) { return std::make_unique<SMTPSession>(c, p, sessione); });
+    vista.resize(1200, 900);
+    vista.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&vista));
+    QVERIFY(vista.pulsanteNuova()->isEnabled());
+    TestSupport::salvaSchermata(&vista, QStringLiteral("campagne-vuoto"));
+
+    QTest::mouseClick(vista.pulsanteNuova(), Qt::LeftButton);
+    const QList<Campaign> campagne = store.all<Campaign>();
+    QCOMPARE(campagne.size(), 1);
+    QVERIFY(campagne.first().name.startsWith(QStringLiteral("Campagna del ")));
+    QCOMPARE(vista.selezione(), campagne.first().id);
+    CampaignDetailView* dettaglio = vista.dettaglio();
+    QVERIFY(dettaglio->isVisible());
+    const LettureCampagna& l = dettaglio->letture();
+    QCOMPARE(l.daContattare, qsizetype(3));
+    QCOMPARE(l.righeEsclusi(), QStringList{"1 indirizzo non valido"});
+    QCOMPARE(l.etichettaAvvio, QStringLiteral("Avvia invio (3)"));
+    auto* avvia = dettaglio->findChild<QPushButton*>(QStringLiteral("avvia"));
+    QCOMPARE(avvia->text(), QStringLiteral("Avvia invio (3)"));
+    QVERIFY(avvia->isEnabled());
+    QCOMPARE(riga(dettaglio, "quota"), QString());
+
+    // The sender's domain has no SPF, DKIM or DMARC: the warning shows, and stops nothing.
+    QTRY_VERIFY_WITH_TIMEOUT(dettaglio->findChild<QWidget*>(QStringLiteral("avvisoDominio"))->isVisible(), 20000);
+    TestSupport::salvaSchermata(&vista, QStringLiteral("campagne-dettaglio-avviso-dominio"));
+
+    QString titolo, testo;
+    Dialoghi::rispondiDomanda([&](const QString& t, const QString& m) {
+        titolo = t;
+        testo = m;
+        return 0;
+    });
+    QTest::mouseClick(avvia, Qt::LeftButton);
+    Dialoghi::rispondiDomanda({});
+    QCOMPARE(titolo, QStringLiteral("Inviare 3 messaggi?"));
+    QVERIFY2(testo.startsWith(QStringLiteral("Partiranno 3 messaggi da negozio@prova.example con ") +
+                              settings.nomeProfiloAttivo() + QStringLiteral(", uno ogni 0.0 secondi (circa ")),
+             qPrintable(testo));
+    QVERIFY2(testo.contains(QStringLiteral("\n\nAttenzione: il dominio prova.example non è autenticato per ")),
+             qPrintable(testo));
+    QVERIFY(dettaglio->cruscotto());
+
+    QTRY_VERIFY_WITH_TIMEOUT(!vista.motore()->isRunning() && vista.motore()->processed() == 3, 60000);
+    // The screen follows the store within its refresh interval.
+    QTRY_VERIFY_WITH_TIMEOUT(dettaglio->letture().giaInviate == 2 && dettaglio->letture().errori == 1, 5000);
+    QCOMPARE(server.messages().size(), 2);
+    // The address refused for good went to the excluded ones: nobody is left, and the reasons say why.
+    QCOMPARE(dettaglio->letture().righeEsclusi(), (QStringList{"1 in lista esclusi", "1 indirizzo non valido"}));
+    QCOMPARE(avvia->text(), QStringLiteral("Quota di oggi esaurita"));
+    QVERIFY(!avvia->isEnabled());
+    const QString elenco = vista.elenco()->itemWidget(vista.elenco()->item(0))->findChildren<QLabel*>().last()->text();
+    QVERIFY2(elenco.contains(QStringLiteral("2 inviate")) && elenco.contains(QStringLiteral("1 errori")),
+             qPrintable(elenco));
+    // The dashboard stays up after the run until the user closes it.
+    QVERIFY(dettaglio->cruscotto()->isVisible());
+    TestSupport::salvaSchermata(dettaglio->cruscotto(), QStringLiteral("campagne-cruscotto"));
+    dettaglio->cruscotto()->close();
+    TestSupport::salvaSchermata(&vista, QStringLiteral("campagne-dopo-invio"));
+}
+
+QTEST_MAIN(TestCampaigns)
+#include "tst_campaigns.moc"
