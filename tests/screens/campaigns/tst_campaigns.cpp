@@ -93,6 +93,7 @@ private Q_SLOTS:
     void dominio_data();
     void dominio();
     void daCapoAFine();
+    void pausaRipresaInterruzione();
 
 private:
     TestCA m_ca;
@@ -322,6 +323,68 @@ void TestCampaigns::daCapoAFine() {
     TestSupport::salvaSchermata(dettaglio->cruscotto(), QStringLiteral("campagne-cruscotto"));
     dettaglio->cruscotto()->close();
     TestSupport::salvaSchermata(&vista, QStringLiteral("campagne-dopo-invio"));
+}
+
+// A run at a pace of one message every 0.4 s: "Pausa" holds it, "Riprendi" goes on, "Interrompi" ends it as
+// paused, and the detail shows the running controls meanwhile.
+void TestCampaigns::pausaRipresaInterruzione() {
+    AiosmtpdServer server(AiosmtpdServer::withTls(m_ca, QString::fromLatin1(Loopback::campaignsSmtp)));
+    QVERIFY2(server.start(), qPrintable(server.errorString()));
+    Archivio archivio(40);
+    SettingsStore settings;
+    SMTPConfig config = server.config();
+    config.fromEmail = QStringLiteral("negozio@ditta.it");
+    config.delayBetweenMessages = 0.4;
+    config.dailyLimit = 0;
+    config.verificaDomini = false;
+    settings.setConfig(config);
+    m_segreti->insert({Keychain::servizio, settings.accountCorrente()}, AiosmtpdServer::Options().password.toUtf8());
+    Ambiente ambiente{settings, archivio.store};
+    CampaignsView vista(ambiente);
+    const SMTPSession::Options sessione = AiosmtpdServer::sessionOptions(&m_ca);
+    vista.motore()->setFabbricaSessionePerTest(
+        [sessione](const SMTPConfig& c, const QString& p) { return std::make_unique<SMTPSession>(c, p, sessione); });
+    vista.resize(1200, 900);
+    vista.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&vista));
+    vista.seleziona(archivio.campagna.id);
+    CampaignDetailView* dettaglio = vista.dettaglio();
+    QCOMPARE(dettaglio->letture().etichettaAvvio, QStringLiteral("Avvia invio (40)"));
+    TestSupport::salvaSchermata(&vista, QStringLiteral("campagne-dettaglio-pronto"));
+
+    Dialoghi::rispondiDomanda([](const QString&, const QString&) { return 0; });
+    dettaglio->chiediAvvio();
+    Dialoghi::rispondiDomanda({});
+    SendEngine& motore = *vista.motore();
+    QTRY_VERIFY_WITH_TIMEOUT(motore.sent() >= 2, 20000);
+    dettaglio->cruscotto()->close();
+    auto* pausa = dettaglio->findChild<QPushButton*>(QStringLiteral("pausa"));
+    QTRY_VERIFY(pausa->isVisible());
+    QCOMPARE(pausa->text(), QStringLiteral("Pausa"));
+    QVERIFY(!dettaglio->findChild<QPushButton*>(QStringLiteral("avvia"))->isVisible());
+    QVERIFY(riga(dettaglio, "statoInvio").startsWith(QStringLiteral("Invio in corso: ")));
+    TestSupport::salvaSchermata(&vista, QStringLiteral("campagne-in-corso"));
+
+    QTest::mouseClick(pausa, Qt::LeftButton);
+    QVERIFY(motore.isPaused());
+    QTRY_COMPARE(pausa->text(), QStringLiteral("Riprendi"));
+    // At most the message under way when the pause came goes out.
+    const qint64 inPausa = motore.processed();
+    QTest::qWait(1500);
+    QVERIFY2(motore.processed() <= inPausa + 1, qPrintable(QString::number(motore.processed() - inPausa)));
+    const qint64 fermo = motore.processed();
+    QTest::mouseClick(pausa, Qt::LeftButton);
+    QVERIFY(!motore.isPaused());
+    QTRY_VERIFY_WITH_TIMEOUT(motore.processed() > fermo, 10000);
+
+    QTest::mouseClick(dettaglio->findChild<QPushButton*>(QStringLiteral("interrompi")), Qt::LeftButton);
+    QTRY_VERIFY_WITH_TIMEOUT(!motore.isRunning(), 10000);
+    QCOMPARE(archivio.store.find<Campaign>(archivio.campagna.id)->status(), CampaignStatus::paused);
+    QVERIFY(motore.processed() < 40);
+    const qint64 restano = 40 - qint64(server.messages().size());
+    QTRY_COMPARE(dettaglio->letture().daContattare, qsizetype(restano));
+    QCOMPARE(dettaglio->letture().etichettaAvvio, QStringLiteral("Riprendi invio (%1)").arg(restano));
+    QTRY_VERIFY(dettaglio->findChild<QPushButton*>(QStringLiteral("avvia"))->isVisible());
 }
 
 QTEST_MAIN(TestCampaigns)
