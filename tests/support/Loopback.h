@@ -25,4 +25,5 @@ inline constexpr const char* benchSmtp = "127.0.0.61";     // bench/smtp: Postfi
 inline constexpr const char* benchEngine = "127.0.0.62";   // bench/engine: Postfix smtp-sink (bench.sh)
 inline constexpr const char* benchHistory = "127.0.0.63";  // bench/history: Postfix smtp-sink (bench.sh)
 inline constexpr const char* benchDelivery = "127.0.0.64"; // bench/delivery: Postfix smtp-sink and the peers (bench.sh)
+inline constexpr const char* benchCampaigns = "127.0.0.65"; // bench/campaigns: Postfix smtp-sink (bench.sh)
 } // namespace Loopback

@@ -24,6 +24,7 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QStackedWidget>
+#include <QTimer>
 #include <QVBoxLayout>
 
 namespace {
@@ -93,7 +94,15 @@ CampaignDetailView::CampaignDetailView(Ambiente& ambiente, std::shared_ptr<SendE
     colonna->addWidget(creaRegistro());
     colonna->addStretch(1);
 
-    connect(m_motore.get(), &SendEngine::changed, this, &CampaignDetailView::aggiornaMotore);
+    // The engine changes after every message; the controls follow at most ten times a second.
+    m_battitoMotore = new QTimer(this);
+    m_battitoMotore->setSingleShot(true);
+    m_battitoMotore->setInterval(100);
+    connect(m_battitoMotore, &QTimer::timeout, this, &CampaignDetailView::aggiornaMotore);
+    connect(m_motore.get(), &SendEngine::changed, this, [this] {
+        if (!m_battitoMotore->isActive())
+            m_battitoMotore->start();
+    });
     connect(&m_ambiente.settings, &SettingsStore::changed, this, [this] {
         aggiornaLetture();
         controllaDominio();

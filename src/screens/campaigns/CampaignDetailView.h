@@ -22,6 +22,7 @@ class QListWidget;
 class QProgressBar;
 class QPushButton;
 class QStackedWidget;
+class QTimer;
 class RiquadroView;
 class SendDashboardView;
 class SendEngine;
@@ -106,4 +107,5 @@ private:
     SezioneModulo* m_registro;
     QListWidget* m_righeRegistroVista;
     SendDashboardView* m_cruscotto = nullptr;
+    QTimer* m_battitoMotore;
 };

@@ -19,9 +19,11 @@
 #include <QScrollArea>
 #include <QSplitter>
 #include <QStackedWidget>
+#include <QTimer>
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -84,9 +86,12 @@ CampaignsView::CampaignsView(Ambiente& ambiente, QWidget* genitore)
 
     // Every figure of the detail comes from one plan of the whole list: twice a second is plenty while a run
     // saves after every message.
+    m_differita = new QTimer(this);
+    m_differita->setSingleShot(true);
+    connect(m_differita, &QTimer::timeout, this, [this] { aggiorna({}); });
     m_rinfresco = new Rinfresco(
         m_ambiente.store, mostrate, [this](Store::Entities cosa) { aggiorna(cosa); }, this, 500);
-    aggiorna(mostrate);
+    leggi(mostrate);
 }
 
 CampaignsView::~CampaignsView() = default;
@@ -120,6 +125,20 @@ QWidget* CampaignsView::creaColonnaElenco() {
 }
 
 void CampaignsView::aggiorna(Store::Entities cosa) {
+    // A run saves after every message and each reading plans the whole list: while this screen's engine runs,
+    // the figures follow every two seconds, so that the run keeps its pace.
+    m_inAttesa |= cosa;
+    if (m_motore->isRunning() && m_ultimaLettura.isValid() && m_ultimaLettura.elapsed() < 2000) {
+        if (!m_differita->isActive())
+            m_differita->start(int(2000 - m_ultimaLettura.elapsed()));
+        return;
+    }
+    leggi({});
+}
+
+void CampaignsView::leggi(Store::Entities cosa) {
+    cosa |= std::exchange(m_inAttesa, {});
+    m_ultimaLettura.start();
     Store& store = m_ambiente.store;
     if (cosa & (Store::ContactLists | Store::ContactRows)) {
         m_liste = store.all<ContactList>();
@@ -192,7 +211,7 @@ void CampaignsView::nuovaCampagna() {
     m_ambiente.store.insert(campagna);
     m_ambiente.store.save();
     m_selezione = campagna.id;
-    aggiorna(Store::Campaigns);
+    leggi(Store::Campaigns);
 }
 
 void CampaignsView::elimina(RecordId campagna) {
@@ -200,7 +219,7 @@ void CampaignsView::elimina(RecordId campagna) {
         m_selezione = 0;
     m_ambiente.store.remove<Campaign>(campagna);
     m_ambiente.store.save();
-    aggiorna(Store::Campaigns);
+    leggi(Store::Campaigns);
 }
 
 void CampaignsView::mostraMenu(const QPoint& punto) {

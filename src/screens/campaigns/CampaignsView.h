@@ -5,6 +5,7 @@
 #include "records/MessageTemplate.h"
 #include "records/Store.h"
 
+#include <QElapsedTimer>
 #include <QHash>
 #include <QWidget>
 
@@ -15,6 +16,7 @@ class CampaignDetailView;
 class QListWidget;
 class QPushButton;
 class QStackedWidget;
+class QTimer;
 class Rinfresco;
 class SendEngine;
 
@@ -40,7 +42,10 @@ public:
 
 private:
     QWidget* creaColonnaElenco();
+    // A change in the store: read at once, or a little later while this screen's run is going on.
     void aggiorna(Store::Entities cosa);
+    // Reads the store now.
+    void leggi(Store::Entities cosa);
     void riempiElenco();
     void mostraDettaglio();
     void mostraMenu(const QPoint& punto);
@@ -53,6 +58,9 @@ private:
     QList<MessageTemplate> m_modelli;
     QHash<RecordId, int> m_validiPerLista;
     RecordId m_selezione = 0;
+    Store::Entities m_inAttesa;
+    QElapsedTimer m_ultimaLettura;
+    QTimer* m_differita;
 
     QListWidget* m_elenco = nullptr;
     QPushButton* m_nuova = nullptr;
