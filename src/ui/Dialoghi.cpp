@@ -2,6 +2,7 @@
 
 #include <QColorDialog>
 #include <QFileDialog>
+#include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QStandardPaths>
@@ -85,7 +86,13 @@ QString fileDaAprire(QWidget* genitore, const QString& titolo, const QString& fi
 int scelta(QWidget* genitore, const QString& titolo, const QString& testo, const QStringList& pulsanti) {
     if (rispostaDomanda())
         return rispostaDomanda()(titolo, testo);
-    QMessageBox box(QMessageBox::Question, titolo, testo, QMessageBox::NoButton, genitore);
+    // The question stands in the body as well: a window manager may show no title at all.
+    QMessageBox box(QMessageBox::Question, titolo, titolo, QMessageBox::NoButton, genitore);
+    box.setInformativeText(testo);
+    QFont grassetto = box.font();
+    grassetto.setBold(true);
+    if (auto* etichetta = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_label")))
+        etichetta->setFont(grassetto);
     box.setWindowModality(Qt::WindowModal);
     QList<QPushButton*> creati;
     for (qsizetype i = 0; i < pulsanti.size(); ++i)

@@ -19,13 +19,17 @@
 #include "smtp/SMTPSession.h"
 #include "ui/Ambiente.h"
 #include "ui/Dialoghi.h"
+#include "ui/Formati.h"
 #include "ui/Rinfresco.h"
 
+#include <QApplication>
 #include <QLabel>
 #include <QListWidget>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 
 namespace {
 
@@ -92,6 +96,7 @@ private Q_SLOTS:
     void riferimentiRotti();
     void dominio_data();
     void dominio();
+    void unMessaggioEdElimina();
     void daCapoAFine();
     void pausaRipresaInterruzione();
 
@@ -223,6 +228,37 @@ void TestCampaigns::dominio() {
     QCOMPARE(CampaignReadings::stima(2.0, 10), 28.0);
 }
 
+// One message: "messaggio" and one second whatever the pause. Deleting the selected campaign from the list
+// empties the selection and shows the placeholder; its logs go with it.
+void TestCampaigns::unMessaggioEdElimina() {
+    Archivio archivio(1);
+    const LettureCampagna l = CampaignReadings::leggi(archivio.campagna, archivio.store, brevo(0, 12.5), false);
+    QCOMPARE(l.partiranno, qint64(1));
+    const QList<DatoTondo> dati = l.datiTondi(brevo(0, 12.5));
+    QCOMPARE(dati.at(0).dettaglio, QStringLiteral("messaggio"));
+    QCOMPARE(dati.at(1).valore, QStringLiteral("12.5"));
+    QCOMPARE(l.stimaSecondi, 1.0);
+    QCOMPARE(dati.at(2).valore, durataLeggibile(1.0));
+
+    SettingsStore settings;
+    Ambiente ambiente{settings, archivio.store};
+    CampaignsView vista(ambiente);
+    vista.resize(1000, 700);
+    vista.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&vista));
+    vista.seleziona(archivio.campagna.id);
+    QVERIFY(vista.dettaglio()->isVisible());
+    // Not configured: the start waits for the settings, and says so.
+    QVERIFY(!vista.dettaglio()->findChild<QPushButton*>(QStringLiteral("avvia"))->isEnabled());
+    QVERIFY(vista.dettaglio()->findChild<QWidget*>(QStringLiteral("nonConfigurato"))->isVisible());
+    vista.elimina(archivio.campagna.id);
+    QCOMPARE(vista.selezione(), RecordId(0));
+    QVERIFY(!vista.dettaglio()->isVisible());
+    QVERIFY(archivio.store.all<Campaign>().isEmpty());
+    QCOMPARE(vista.elenco()->count(), 0);
+    TestSupport::salvaSchermata(&vista, QStringLiteral("campagne-nessuna-selezionata"));
+}
+
 // The whole path on screen: a spreadsheet export imported through the import logic, "Nuova campagna", the
 // domain warning from NSD, the confirm dialog's words, a run against aiosmtpd with implicit TLS and AUTH that
 // refuses one address at RCPT, and the detail after it.
@@ -291,14 +327,20 @@ void TestCampaigns::daCapoAFine() {
     QTRY_VERIFY_WITH_TIMEOUT(dettaglio->findChild<QWidget*>(QStringLiteral("avvisoDominio"))->isVisible(), 20000);
     TestSupport::salvaSchermata(&vista, QStringLiteral("campagne-dettaglio-avviso-dominio"));
 
+    // The real confirm dialog: looked at, then answered with its own button.
     QString titolo, testo;
-    Dialoghi::rispondiDomanda([&](const QString& t, const QString& m) {
-        titolo = t;
-        testo = m;
-        return 0;
+    QTimer::singleShot(200, [&] {
+        auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        if (!box)
+            return;
+        titolo = box->text();
+        testo = box->informativeText();
+        TestSupport::salvaSchermata(box, QStringLiteral("campagne-conferma"));
+        for (QAbstractButton* pulsante : box->buttons())
+            if (pulsante->text() == QStringLiteral("Avvia invio"))
+                pulsante->click();
     });
     QTest::mouseClick(avvia, Qt::LeftButton);
-    Dialoghi::rispondiDomanda({});
     QCOMPARE(titolo, QStringLiteral("Inviare 3 messaggi?"));
     QVERIFY2(testo.startsWith(QStringLiteral("Partiranno 3 messaggi da negozio@prova.example con ") +
                               settings.nomeProfiloAttivo() + QStringLiteral(", uno ogni 0.0 secondi (circa ")),
