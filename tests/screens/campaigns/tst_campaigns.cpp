@@ -101,6 +101,17 @@ private Q_SLOTS:
     void pausaRipresaInterruzione();
 
 private:
+    // The screen shown, its engine's sessions trusting the test authority.
+    bool mostra(CampaignsView& vista) {
+        const SMTPSession::Options sessione = AiosmtpdServer::sessionOptions(&m_ca);
+        vista.motore()->setFabbricaSessionePerTest([sessione](const SMTPConfig& c, const QString& p) {
+            return std::make_unique<SMTPSession>(c, p, sessione);
+        });
+        vista.resize(1200, 900);
+        vista.show();
+        return QTest::qWaitForWindowExposed(&vista);
+    }
+
     TestCA m_ca;
     std::unique_ptr<NsdServer> m_nsd;
     std::shared_ptr<QHash<MemoryKeychain::Key, QByteArray>> m_segreti;
@@ -298,12 +309,7 @@ void TestCampaigns::daCapoAFine() {
     store.save();
 
     CampaignsView vista(ambiente);
-    const SMTPSession::Options sessione = AiosmtpdServer::sessionOptions(&m_ca);
-    vista.motore()->setFabbricaSessionePerTest(
-        [sessione](const SMTPConfig& c, const QString& p) { return std::make_unique<SMTPSession>(c, p, sessione); });
-    vista.resize(1200, 900);
-    vista.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&vista));
+    QVERIFY(mostra(vista));
     QVERIFY(vista.pulsanteNuova()->isEnabled());
     TestSupport::salvaSchermata(&vista, QStringLiteral("campagne-vuoto"));
 
@@ -383,12 +389,7 @@ void TestCampaigns::pausaRipresaInterruzione() {
     m_segreti->insert({Keychain::servizio, settings.accountCorrente()}, AiosmtpdServer::Options().password.toUtf8());
     Ambiente ambiente{settings, archivio.store};
     CampaignsView vista(ambiente);
-    const SMTPSession::Options sessione = AiosmtpdServer::sessionOptions(&m_ca);
-    vista.motore()->setFabbricaSessionePerTest(
-        [sessione](const SMTPConfig& c, const QString& p) { return std::make_unique<SMTPSession>(c, p, sessione); });
-    vista.resize(1200, 900);
-    vista.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&vista));
+    QVERIFY(mostra(vista));
     vista.seleziona(archivio.campagna.id);
     CampaignDetailView* dettaglio = vista.dettaglio();
     QCOMPARE(dettaglio->letture().etichettaAvvio, QStringLiteral("Avvia invio (40)"));
