@@ -381,41 +381,6 @@ int Store::validRowCount(RecordId listId) const {
     return count;
 }
 
-bool Store::insertRows(RecordId listId, QList<ContactRow>& rows) {
-    // Many rows per statement: with one statement per row, binding and stepping cost more than the writing.
-    // One statement's rows get consecutive identities, ending at the last inserted one.
-    constexpr qsizetype perStatement = 64;
-    using Tb = Table<ContactRow>;
-    const QString head =
-        QStringLiteral("INSERT INTO %1 (%2) VALUES ").arg(QLatin1String(Tb::name), Tb::columns().join(u", "));
-    const QString tuple = u'(' + QStringList(Tb::columns().size(), QStringLiteral("?")).join(u", ") + u')';
-    beginChange(Tb::entity);
-    bool ok = true;
-    for (qsizetype start = 0; start < rows.size(); start += perStatement) {
-        const qsizetype count = qMin(perStatement, rows.size() - start);
-        QSqlQuery& query = prepared(head + QStringList(count, tuple).join(u", "));
-        int position = 0;
-        for (qsizetype i = start; i < start + count; ++i) {
-            rows[i].listId = listId;
-            for (const QVariant& value : Tb::values(rows[i])) {
-                if (value.typeId() == QMetaType::QString && value.toString().isNull())
-                    query.bindValue(position++, QStringLiteral(""));
-                else
-                    query.bindValue(position++, value);
-            }
-        }
-        if (!query.exec()) {
-            ok = false;
-            continue;
-        }
-        const RecordId last = query.lastInsertId().toLongLong();
-        for (qsizetype i = start; i < start + count; ++i)
-            rows[i].id = last - (start + count - 1 - i);
-        query.finish();
-    }
-    return ok;
-}
-
 bool Store::updateRowOutcome(const ContactRow& row) {
     static const QString sql = QStringLiteral(
         "UPDATE ContactRow SET inviateCount = ?, erroriCount = ?, saltateCount = ?, primoInvio = ?, ultimoInvio = ?, "
