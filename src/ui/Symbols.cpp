@@ -47,6 +47,7 @@ constexpr Voce tabella[] = {
     {"minus", "list-remove-symbolic"},
     {"checkmark.shield", "security-high-symbolic"},
     {"sparkles", "starred-symbolic"},
+    {"wand.and.stars", "applications-science-symbolic"},
     {"arrow.down.circle", "folder-download-symbolic"},
     {"gauge.with.dots.needle.50percent", "power-profile-balanced-symbolic"},
     {"bolt.horizontal", "network-transmit-receive-symbolic"},

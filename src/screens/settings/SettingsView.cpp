@@ -6,6 +6,7 @@
 #include "screens/domains/RimbalziView.h"
 #include "screens/domains/VerificaDominiView.h"
 #include "screens/settings/SettingsModel.h"
+#include "screens/settings/SezioneDatiEsempio.h"
 #include "settings/SettingsStore.h"
 #include "ui/Modulo.h"
 #include "ui/Riquadri.h"
@@ -111,6 +112,7 @@ SettingsView::SettingsView(Ambiente ambiente, QWidget* genitore)
     m_sezioneBrevo->setObjectName(QStringLiteral("sezioneBrevo"));
     colonna->addWidget(m_sezioneBrevo);
 
+    colonna->addWidget(new SezioneDatiEsempio(m_ambiente.store, modulo));
     colonna->addWidget(creaProva());
     colonna->addWidget(creaConnessione());
     colonna->addStretch(1);

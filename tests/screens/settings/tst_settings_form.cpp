@@ -41,10 +41,11 @@ void TestSettingsScreen::sezioniInOrdine() {
                                 "Autenticazione del dominio", "Disiscrizione e piè di pagina", "Ritmo di invio",
                                 "Controllo dei domini"};
     // A first start is on Brevo, so its bounce section stands before the simulation.
-    QCOMPARE(titoliVisibili(vista.get()), comuni + QStringList({"Rimbalzi differiti (Brevo)", "Prova"}));
+    QCOMPARE(titoliVisibili(vista.get()),
+             comuni + QStringList({"Rimbalzi differiti (Brevo)", "Dati di esempio", "Prova"}));
     scegli(trova<QComboBox>(vista.get(), "profilo"), 1);
     QCOMPARE(settings().nomeProfiloAttivo(), QStringLiteral("Aruba"));
-    QCOMPARE(titoliVisibili(vista.get()), comuni + QStringList({"Prova"}));
+    QCOMPARE(titoliVisibili(vista.get()), comuni + QStringList({"Dati di esempio", "Prova"}));
     QVERIFY(!vista->findChild<QWidget*>(QStringLiteral("rimbalzi")));
 }
 
