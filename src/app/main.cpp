@@ -6,7 +6,13 @@
 #include <QMessageBox>
 #include <QStandardPaths>
 
+#include <unistd.h>
+
 int main(int argc, char** argv) {
+    // The web engine behind the template editor ends the whole process when started by root with its sandbox
+    // on (a container, or the run script under sudo); the page it shows is the program's own.
+    if (geteuid() == 0 && qEnvironmentVariableIsEmpty("QTWEBENGINE_DISABLE_SANDBOX"))
+        qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1");
     QApplication app(argc, argv);
     QApplication::setOrganizationName(QStringLiteral("velarmo"));
     QApplication::setApplicationName(QStringLiteral("Brezzario"));

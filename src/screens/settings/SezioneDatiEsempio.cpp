@@ -48,15 +48,15 @@ SezioneDatiEsempio::SezioneDatiEsempio(Store& store, QWidget* genitore)
     m_esito->setWordWrap(true);
     m_esito->setFont(carattereScalato(m_esito->font(), 0.9));
     m_esito->setStyleSheet(QStringLiteral("color: %1;").arg(Palette::css(Palette::colore(Colore::green))));
-    m_esito->hide();
+    // Always in the layout, empty until a button has run: a row that appears later can leave the wrapped note
+    // above it a line short.
     righe()->addRow(m_esito);
 }
 
 QString SezioneDatiEsempio::esitoEsempio() const {
-    return m_esito->isHidden() ? QString() : m_esito->text();
+    return m_esito->text();
 }
 
 void SezioneDatiEsempio::mostra(const QString& esito) {
     m_esito->setText(esito);
-    m_esito->show();
 }
