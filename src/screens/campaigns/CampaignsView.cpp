@@ -16,6 +16,7 @@
 #include <QListWidget>
 #include <QMenu>
 #include <QPushButton>
+#include <QResizeEvent>
 #include <QScrollArea>
 #include <QSplitter>
 #include <QStackedWidget>
@@ -112,6 +113,8 @@ QWidget* CampaignsView::creaColonnaElenco() {
     m_elenco->setObjectName(QStringLiteral("elencoCampagne"));
     m_elenco->setContextMenuPolicy(Qt::CustomContextMenu);
     m_elenco->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    // Names are shortened to the column's width: when the column changes width, they are made again.
+    m_elenco->viewport()->installEventFilter(this);
     connect(m_elenco, &QListWidget::customContextMenuRequested, this, &CampaignsView::mostraMenu);
     connect(m_elenco, &QListWidget::currentRowChanged, this, [this](int riga) {
         const RecordId id = riga >= 0 ? m_elenco->item(riga)->data(Qt::UserRole).toLongLong() : 0;
@@ -220,6 +223,13 @@ void CampaignsView::elimina(RecordId campagna) {
     m_ambiente.store.remove<Campaign>(campagna);
     m_ambiente.store.save();
     leggi(Store::Campaigns);
+}
+
+bool CampaignsView::eventFilter(QObject* oggetto, QEvent* evento) {
+    if (oggetto == m_elenco->viewport() && evento->type() == QEvent::Resize &&
+        static_cast<QResizeEvent*>(evento)->oldSize().width() != m_elenco->viewport()->width())
+        riempiElenco();
+    return QWidget::eventFilter(oggetto, evento);
 }
 
 void CampaignsView::mostraMenu(const QPoint& punto) {

@@ -40,6 +40,9 @@ public:
     void seleziona(RecordId campagna);
     void elimina(RecordId campagna);
 
+protected:
+    bool eventFilter(QObject* oggetto, QEvent* evento) override;
+
 private:
     QWidget* creaColonnaElenco();
     // A change in the store: read at once, or a little later while this screen's run is going on.
