@@ -1,5 +1,10 @@
+#include "MimeReader.h"
 #include "Screenshot.h"
 #include "TempStore.h"
+
+#include "checks/MXCheck.h"
+#include "composition/MessageComposer.h"
+#include "composition/MIMEBuilder.h"
 
 #include "composition/TemplateRenderer.h"
 #include "engine/DatiEsempio.h"
@@ -58,6 +63,8 @@ private Q_SLOTS:
     void scenario();
     void rimozioneLasciaIDatiVeri_data();
     void rimozioneLasciaIDatiVeri();
+    void modelloSuUnaRiga();
+    void dominiDimostrativi();
     void sezione();
 };
 
@@ -163,6 +170,41 @@ void TestDatiEsempio::rimozioneLasciaIDatiVeri() {
     QTEST(DatiEsempio::rimuoviScenario(store), "esito");
     QVERIFY(veri.intatti(store));
     QCOMPARE(store.all<Campaign>().size(), 1);
+}
+
+// The demo template on a demo row: every field filled, and a message Python's email package reads back.
+void TestDatiEsempio::modelloSuUnaRiga() {
+    TempStore temp;
+    const DatiEsempio::Esito esito = DatiEsempio::carica(*temp.store);
+    const ContactRow riga = temp.store->rows(esito.lista.id).at(2);
+    SMTPConfig config;
+    config.fromEmail = QStringLiteral("info@nembrosa.example");
+    const MessageComposer::Rendered reso = MessageComposer::compose(esito.modello, riga.values, config);
+    QCOMPARE(reso.subject,
+             QStringLiteral("Officine Meccaniche Verdi: un gestionale pensato per chi fa Meccanica di precisione"));
+    QVERIFY(!reso.html.contains(QStringLiteral("{{")));
+    for (const QString& atteso : {QStringLiteral("Buongiorno Luigi Verdi,"), QStringLiteral("di Brescia"),
+                                  QStringLiteral("BS e tutta Italia"), QStringLiteral("https://www.nembrosa.example")})
+        QVERIFY2(reso.html.contains(atteso), qPrintable(atteso));
+    MIMEBuilder::Message messaggio;
+    messaggio.from = {QStringLiteral("Nembrosa Software"), config.fromEmail};
+    messaggio.to = riga.email;
+    messaggio.subject = reso.subject;
+    messaggio.html = reso.html;
+    messaggio.plainText = reso.plainText;
+    const QJsonObject letto = TestSupport::readWithPython(MIMEBuilder::build(messaggio));
+    QCOMPARE(letto.value("subject").toString(), reso.subject);
+    QVERIFY(letto.value("raw").toObject().value("To").toString().contains(riga.email));
+}
+
+// Every address of the list is on a reserved demonstration domain, which the domain check never asks.
+void TestDatiEsempio::dominiDimostrativi() {
+    TempStore temp;
+    const DatiEsempio::Esito esito = DatiEsempio::carica(*temp.store);
+    for (const ContactRow& riga : temp.store->rows(esito.lista.id)) {
+        const QString dominio = riga.email.mid(riga.email.lastIndexOf(u'@') + 1);
+        QVERIFY2(MXCheck::eDimostrativo(dominio), qPrintable(dominio));
+    }
 }
 
 // The settings' section: each button writes its result in green under them.
