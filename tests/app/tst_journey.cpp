@@ -242,6 +242,7 @@ void TestJourney::viaggio() {
     QCOMPARE(store.all<Campaign>().size(), 1);
     QCOMPARE(store.all<SendLog>().size(), 3);
     QCOMPARE(store.suppressedEmails(), QSet<QString>{"nessuno@ditta.it"});
+    vai<QWidget>("liste");
     foto(QStringLiteral("8-rimossi"));
     m_app.reset();
 }
