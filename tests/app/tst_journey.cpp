@@ -243,6 +243,7 @@ void TestJourney::viaggio() {
     QCOMPARE(store.all<SendLog>().size(), 3);
     QCOMPARE(store.suppressedEmails(), QSet<QString>{"nessuno@ditta.it"});
     vai<QWidget>("liste");
+    QTest::qWait(500); // the lists' progress is read beside the window
     foto(QStringLiteral("8-rimossi"));
     m_app.reset();
 }
