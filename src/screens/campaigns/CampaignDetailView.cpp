@@ -39,6 +39,23 @@ QLabel* didascalia(QWidget* genitore) {
     return etichetta;
 }
 
+// Sets a picker's entries, unless they are already those, and its current entry.
+void riempiScelta(QComboBox* scelta, const QList<QPair<QString, RecordId>>& voci, RecordId corrente) {
+    bool uguali = scelta->count() == voci.size();
+    for (qsizetype i = 0; uguali && i < voci.size(); ++i)
+        uguali =
+            scelta->itemText(int(i)) == voci.at(i).first && scelta->itemData(int(i)).toLongLong() == voci.at(i).second;
+    if (!uguali) {
+        const QSignalBlocker blocco(scelta);
+        scelta->clear();
+        for (const auto& [testo, id] : voci)
+            scelta->addItem(testo, id);
+    }
+    const int indice = std::max(0, scelta->findData(corrente));
+    if (scelta->currentIndex() != indice)
+        scelta->setCurrentIndex(indice);
+}
+
 QHBoxLayout* rigaSenzaMargini() {
     auto* riga = new QHBoxLayout;
     riga->setContentsMargins(0, 0, 0, 0);
@@ -292,22 +309,20 @@ void CampaignDetailView::imposta(const Campaign& campagna, const QList<ContactLi
     if (!m_nome->hasFocus() && m_nome->text() != campagna.name)
         m_nome->setText(campagna.name);
 
-    // The pickers show what is valid: a deleted list reads "Nessuna".
-    const std::optional<ContactList> lista = RunPlanning::listaValida(campagna, m_ambiente.store);
-    m_lista->clear();
-    m_lista->addItem(tr("Nessuna"), RecordId(0));
+    // The pickers show what is valid: a deleted list reads "Nessuna". Their entries are made again only when
+    // they change, so that a refresh never closes a picker the user has open.
+    QList<QPair<QString, RecordId>> vociListe{{tr("Nessuna"), 0}};
     for (const ContactList& voce : liste)
-        m_lista->addItem(voce.name + QStringLiteral(" — ") + QString::number(validiPerLista.value(voce.id)) +
-                             tr(" validi"),
-                         voce.id);
-    m_lista->setCurrentIndex(lista ? std::max(0, m_lista->findData(lista->id)) : 0);
-
-    const std::optional<MessageTemplate> modello = RunPlanning::modelloValido(campagna, m_ambiente.store);
-    m_modello->clear();
-    m_modello->addItem(tr("Nessuno"), RecordId(0));
+        vociListe.append(
+            {voce.name + QStringLiteral(" — ") + QString::number(validiPerLista.value(voce.id)) + tr(" validi"),
+             voce.id});
+    QList<QPair<QString, RecordId>> vociModelli{{tr("Nessuno"), 0}};
     for (const MessageTemplate& voce : modelli)
-        m_modello->addItem(voce.name, voce.id);
-    m_modello->setCurrentIndex(modello ? std::max(0, m_modello->findData(modello->id)) : 0);
+        vociModelli.append({voce.name, voce.id});
+    const std::optional<ContactList> lista = RunPlanning::listaValida(campagna, m_ambiente.store);
+    const std::optional<MessageTemplate> modello = RunPlanning::modelloValido(campagna, m_ambiente.store);
+    riempiScelta(m_lista, vociListe, lista ? lista->id : 0);
+    riempiScelta(m_modello, vociModelli, modello ? modello->id : 0);
 
     const QSignalBlocker blocco(m_saltaInviati);
     m_saltaInviati->setChecked(campagna.skipDuplicates);
