@@ -123,6 +123,15 @@ void MainWindow::creaMenu() {
 
     QMenu* vista = menuBar()->addMenu(tr("Vista"));
     vista->setObjectName(QStringLiteral("menuVista"));
+    // Each section is a key away: Ctrl+1 to Ctrl+6, in the sidebar's order.
+    int numero = 0;
+    for (Sezione sezione : tutteLeSezioni()) {
+        QAction* vai = vista->addAction(titolo(sezione));
+        vai->setObjectName(QStringLiteral("azioneSezione-") + rawValue(sezione));
+        vai->setShortcut(QKeySequence(Qt::CTRL | Qt::Key(Qt::Key_1 + numero++)));
+        connect(vai, &QAction::triggered, this, [this, sezione] { vaiA(sezione); });
+    }
+    vista->addSeparator();
     QAction* simula = vista->addAction(tr("Simula una spedizione"));
     simula->setObjectName(QStringLiteral("azioneSimula"));
     simula->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S));

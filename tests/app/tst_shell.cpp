@@ -120,6 +120,30 @@ private Q_SLOTS:
         QVERIFY(TestSupport::salvaSchermata(&finestra, QStringLiteral("shell-switch-") + QTest::currentDataTag()));
     }
 
+    void sectionShortcuts_data() {
+        QTest::addColumn<int>("tasto");
+        QTest::addColumn<QString>("sezione");
+        QTest::newRow("Ctrl+1") << int(Qt::Key_1) << "liste";
+        QTest::newRow("Ctrl+2") << int(Qt::Key_2) << "modelli";
+        QTest::newRow("Ctrl+3") << int(Qt::Key_3) << "campagne";
+        QTest::newRow("Ctrl+4") << int(Qt::Key_4) << "storico";
+        QTest::newRow("Ctrl+5") << int(Qt::Key_5) << "esclusi";
+        QTest::newRow("Ctrl+6") << int(Qt::Key_6) << "impostazioni";
+    }
+    // Each section is reached from the keyboard, whichever section is showing.
+    void sectionShortcuts() {
+        QFETCH(int, tasto);
+        QFETCH(QString, sezione);
+        auto app = apri();
+        QVERIFY(app);
+        MainWindow& finestra = app->finestraPrincipale();
+        finestra.show();
+        QVERIFY(QTest::qWaitForWindowActive(&finestra));
+        finestra.vaiA(sezione == QLatin1String("liste") ? Sezione::esclusi : Sezione::liste);
+        QTest::keyClick(&finestra, Qt::Key(tasto), Qt::ControlModifier);
+        QCOMPARE(rawValue(finestra.sezione()), sezione);
+    }
+
     void simulationShortcutTwiceStartsOne() {
         auto app = apri();
         QVERIFY(app);
