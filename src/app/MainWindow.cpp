@@ -6,10 +6,12 @@
 #include "app/VoceSidebar.h"
 #include "engine/SendEngine.h"
 #include "screens/dashboard/SendDashboardView.h"
+#include "ui/Comandi.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QDesktopServices>
+#include <QLineEdit>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QSplitter>
@@ -131,6 +133,25 @@ void MainWindow::creaMenu() {
         vai->setShortcut(QKeySequence(Qt::CTRL | Qt::Key(Qt::Key_1 + numero++)));
         connect(vai, &QAction::triggered, this, [this, sezione] { vaiA(sezione); });
     }
+    vista->addSeparator();
+    // Commands the showing screen may offer; asked of it when pressed.
+    m_nuovo = vista->addAction(tr("Nuovo"));
+    m_nuovo->setObjectName(QStringLiteral("azioneNuovo"));
+    m_nuovo->setShortcuts(QKeySequence::New);
+    connect(m_nuovo, &QAction::triggered, this, [this] {
+        if (auto* schermata = dynamic_cast<ConNuovo*>(m_schermata))
+            schermata->nuovo();
+    });
+    m_cerca = vista->addAction(tr("Cerca"));
+    m_cerca->setObjectName(QStringLiteral("azioneCerca"));
+    m_cerca->setShortcuts(QKeySequence::Find);
+    connect(m_cerca, &QAction::triggered, this, [this] {
+        auto* schermata = dynamic_cast<ConRicerca*>(m_schermata);
+        if (QLineEdit* campo = schermata ? schermata->ricerca() : nullptr) {
+            campo->setFocus(Qt::ShortcutFocusReason);
+            campo->selectAll();
+        }
+    });
     vista->addSeparator();
     QAction* simula = vista->addAction(tr("Simula una spedizione"));
     simula->setObjectName(QStringLiteral("azioneSimula"));

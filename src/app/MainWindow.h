@@ -45,6 +45,9 @@ private:
     QWidget* creaSidebar();
     void creaMenu();
 
+    QAction* m_nuovo = nullptr;
+    QAction* m_cerca = nullptr;
+
     Ambiente m_ambiente;
     Sezione m_sezione = Sezione::liste;
     QList<VoceSidebar*> m_voci;

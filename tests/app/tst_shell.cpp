@@ -8,6 +8,8 @@
 #include "records/Store.h"
 #include "Screenshot.h"
 #include "TestEnvironment.h"
+#include "ui/Comandi.h"
+#include "ui/Dialoghi.h"
 #include "ui/Symbols.h"
 
 #include <QAction>
@@ -15,6 +17,7 @@
 #include <QDesktopServices>
 #include <QFile>
 #include <QLabel>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -142,6 +145,64 @@ private Q_SLOTS:
         finestra.vaiA(sezione == QLatin1String("liste") ? Sezione::esclusi : Sezione::liste);
         QTest::keyClick(&finestra, Qt::Key(tasto), Qt::ControlModifier);
         QCOMPARE(rawValue(finestra.sezione()), sezione);
+    }
+
+    void newItemShortcut_data() {
+        QTest::addColumn<QString>("sezione");
+        QTest::newRow("a list from a file") << "liste";
+        QTest::newRow("a template") << "modelli";
+        QTest::newRow("a campaign") << "campagne";
+    }
+    // Ctrl+N makes the section's new item: the file picker for a list, a template, a campaign.
+    void newItemShortcut() {
+        QFETCH(QString, sezione);
+        auto app = apri();
+        QVERIFY(app);
+        Store& store = app->store();
+        ContactList lista(QStringLiteral("Clienti"), QStringLiteral("c.csv"), {"email"}, QStringLiteral("email"));
+        store.insert(lista);
+        MessageTemplate modello(QStringLiteral("Saldi"), QStringLiteral("Saldi"), QStringLiteral("<p>Saldi</p>"));
+        store.insert(modello);
+        store.save();
+        MainWindow& finestra = app->finestraPrincipale();
+        finestra.show();
+        QVERIFY(QTest::qWaitForWindowActive(&finestra));
+        for (Sezione s : tutteLeSezioni())
+            if (rawValue(s) == sezione)
+                finestra.vaiA(s);
+        int richieste = 0;
+        Dialoghi::rispondiApertura([&] {
+            ++richieste;
+            return QString();
+        });
+        QTest::keyClick(&finestra, Qt::Key_N, Qt::ControlModifier);
+        Dialoghi::rispondiApertura({});
+        QCOMPARE(richieste, sezione == QLatin1String("liste") ? 1 : 0);
+        QCOMPARE(store.all<MessageTemplate>().size(), sezione == QLatin1String("modelli") ? 2 : 1);
+        QCOMPARE(store.all<Campaign>().size(), sezione == QLatin1String("campagne") ? 1 : 0);
+    }
+
+    void searchShortcut_data() {
+        QTest::addColumn<QString>("sezione");
+        QTest::newRow("history") << "storico";
+        QTest::newRow("excluded addresses") << "esclusi";
+    }
+    // Ctrl+F puts the cursor in the section's search field.
+    void searchShortcut() {
+        QFETCH(QString, sezione);
+        auto app = apri();
+        QVERIFY(app);
+        MainWindow& finestra = app->finestraPrincipale();
+        finestra.show();
+        QVERIFY(QTest::qWaitForWindowActive(&finestra));
+        for (Sezione s : tutteLeSezioni())
+            if (rawValue(s) == sezione)
+                finestra.vaiA(s);
+        QLineEdit* campo = dynamic_cast<ConRicerca*>(finestra.schermata())->ricerca();
+        QVERIFY(campo);
+        QVERIFY(!campo->hasFocus());
+        QTest::keyClick(&finestra, Qt::Key_F, Qt::ControlModifier);
+        QTRY_VERIFY(campo->hasFocus());
     }
 
     void simulationShortcutTwiceStartsOne() {

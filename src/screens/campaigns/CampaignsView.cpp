@@ -217,6 +217,11 @@ void CampaignsView::nuovaCampagna() {
     leggi(Store::Campaigns);
 }
 
+void CampaignsView::nuovo() {
+    if (m_nuova->isEnabled())
+        nuovaCampagna();
+}
+
 void CampaignsView::elimina(RecordId campagna) {
     if (campagna == m_selezione)
         m_selezione = 0;

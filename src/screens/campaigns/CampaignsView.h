@@ -5,8 +5,10 @@
 #include "records/MessageTemplate.h"
 #include "records/Store.h"
 
+#include "ui/Comandi.h"
 #include <QElapsedTimer>
 #include <QHash>
+
 #include <QWidget>
 
 #include <memory>
@@ -23,7 +25,7 @@ class SendEngine;
 // The section "campagne": the campaigns on the left, the selected one on the right. One engine for the whole
 // screen, made with it: coming back to the section makes a new, idle one, while a run already started goes
 // on with its own.
-class CampaignsView : public QWidget {
+class CampaignsView : public QWidget, public ConNuovo {
     Q_OBJECT
 public:
     explicit CampaignsView(Ambiente& ambiente, QWidget* genitore = nullptr);
@@ -37,6 +39,7 @@ public:
     Rinfresco* rinfresco() const { return m_rinfresco; }
 
     void nuovaCampagna();
+    void nuovo() override;
     void seleziona(RecordId campagna);
     void elimina(RecordId campagna);
 

@@ -2,6 +2,8 @@
 
 #include "ui/Ambiente.h"
 
+#include "ui/Comandi.h"
+
 #include <QWidget>
 
 class HistoryModel;
@@ -12,9 +14,10 @@ class QTableView;
 class Rinfresco;
 
 // The section "Storico": every outcome ever recorded, searchable, filtered by status, exported and emptied.
-class HistoryView : public QWidget {
+class HistoryView : public QWidget, public ConRicerca {
     Q_OBJECT
 public:
+    QLineEdit* ricerca() const override { return m_ricerca; }
     explicit HistoryView(Ambiente& ambiente, QWidget* genitore = nullptr);
 
     HistoryModel* modello() const { return m_modello; }

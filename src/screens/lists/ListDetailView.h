@@ -18,6 +18,7 @@ class QTableView;
 class ListDetailView : public QWidget {
     Q_OBJECT
 public:
+    QLineEdit* campoRicerca() const { return m_ricerca; }
     ListDetailView(Store& store, RecordId lista, QWidget* genitore = nullptr);
 
     ListDetailModel& modello() const { return *m_modello; }

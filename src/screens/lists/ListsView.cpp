@@ -256,3 +256,12 @@ void ListsView::dropEvent(QDropEvent* evento) {
     evento->acceptProposedAction();
     leggi(percorso);
 }
+
+void ListsView::nuovo() {
+    scegliFile();
+}
+
+QLineEdit* ListsView::ricerca() const {
+    ListDetailView* mostrato = dettaglio();
+    return mostrato && mostrato->isVisible() ? mostrato->campoRicerca() : nullptr;
+}

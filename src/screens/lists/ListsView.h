@@ -3,7 +3,9 @@
 #include "import/ListImport.h"
 #include "ui/Ambiente.h"
 
+#include "ui/Comandi.h"
 #include <QPointer>
+
 #include <QWidget>
 
 class ImportSheet;
@@ -17,7 +19,7 @@ class QStackedWidget;
 
 // The screen of the "Liste" section: the master list of stored lists, the detail of the selected one, and
 // the way in for new files: the "Importa CSV" command or a file dropped on the screen.
-class ListsView : public QWidget {
+class ListsView : public QWidget, public ConNuovo, public ConRicerca {
     Q_OBJECT
 public:
     explicit ListsView(Ambiente& ambiente, QWidget* genitore = nullptr);
@@ -25,6 +27,8 @@ public:
 
     RecordId selezione() const { return m_selezione; }
     void seleziona(RecordId lista);
+    void nuovo() override;
+    QLineEdit* ricerca() const override;
     // The menu of the selected list, or none with nothing selected. The caller owns it.
     QMenu* creaMenu();
     ImportSheet* foglio() const;

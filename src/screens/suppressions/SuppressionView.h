@@ -3,6 +3,8 @@
 #include "records/RecordId.h"
 #include "ui/Ambiente.h"
 
+#include "ui/Comandi.h"
+
 #include <QWidget>
 
 #include <optional>
@@ -19,9 +21,10 @@ class Rinfresco;
 class SuppressionModel;
 
 // The section "Esclusi": the addresses no campaign will write to, with the reason of each in plain words.
-class SuppressionView : public QWidget {
+class SuppressionView : public QWidget, public ConRicerca {
     Q_OBJECT
 public:
+    QLineEdit* ricerca() const override { return m_ricerca; }
     explicit SuppressionView(Ambiente& ambiente, QWidget* genitore = nullptr);
 
     SuppressionModel* modello() const { return m_modello; }

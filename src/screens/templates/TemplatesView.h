@@ -5,6 +5,8 @@
 #include "records/Store.h"
 #include "records/TemplateAttachment.h"
 
+#include "ui/Comandi.h"
+
 #include <QWidget>
 
 #include <optional>
@@ -20,7 +22,7 @@ class TemplateEditorPane;
 
 // The section "modelli": the list of templates and, for the selected one, its editor. Everything the
 // user changes is saved at once.
-class TemplatesView : public QWidget {
+class TemplatesView : public QWidget, public ConNuovo {
     Q_OBJECT
 public:
     // `radiceRisorse` is where the editor's page is looked up (tests point it elsewhere).
@@ -39,6 +41,7 @@ public:
     void seleziona(RecordId modello);
     void setListaRiferimento(RecordId lista);
     void nuovoModello();
+    void nuovo() override { nuovoModello(); }
     void duplica(RecordId modello);
     void elimina(RecordId modello);
     void aggiungiAllegati();
