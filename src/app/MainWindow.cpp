@@ -158,6 +158,26 @@ void MainWindow::creaMenu() {
     simula->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S));
     simula->setShortcutContext(Qt::ApplicationShortcut);
     connect(simula, &QAction::triggered, this, &MainWindow::avviaSimulazione);
+
+    QMenu* aiuto = menuBar()->addMenu(tr("Aiuto"));
+    aiuto->setObjectName(QStringLiteral("menuAiuto"));
+    QAction* scorciatoie = aiuto->addAction(tr("Scorciatoie da tastiera"));
+    scorciatoie->setObjectName(QStringLiteral("azioneScorciatoie"));
+    connect(scorciatoie, &QAction::triggered, this,
+            [this] { QMessageBox::information(this, tr("Scorciatoie da tastiera"), testoScorciatoie()); });
+}
+
+QString MainWindow::testoScorciatoie() {
+    QStringList righe;
+    int numero = 1;
+    for (Sezione sezione : tutteLeSezioni())
+        righe.append(tr("Ctrl+%1\t%2").arg(numero++).arg(titolo(sezione)));
+    righe.append(tr("Ctrl+N\tNuova lista, nuovo modello o nuova campagna, nella sezione che li ha"));
+    righe.append(tr("Ctrl+F\tCerca, nelle sezioni con un campo di ricerca"));
+    righe.append(tr("Ctrl+Maiusc+S\tSimula una spedizione"));
+    righe.append(tr("Ctrl+,\tImpostazioni"));
+    righe.append(tr("Esc\tChiude la finestra in primo piano (anteprima, importazione, cruscotto)"));
+    return righe.join(u'\n');
 }
 
 void MainWindow::vaiA(Sezione sezione) {

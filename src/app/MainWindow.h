@@ -35,6 +35,8 @@ public:
 
     // Starts the simulation of the menu with its dashboard; ignored while one runs.
     void avviaSimulazione();
+    // The keys the window answers to, as the "Scorciatoie da tastiera" entry lists them.
+    static QString testoScorciatoie();
     // For tests: a smaller or faster simulation than the menu's.
     void impostaSimulazione(int destinatari, double ritmo);
 

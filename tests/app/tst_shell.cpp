@@ -205,6 +205,24 @@ private Q_SLOTS:
         QTRY_VERIFY(campo->hasFocus());
     }
 
+    // The list under "Scorciatoie da tastiera" names every key the window's actions answer to.
+    void shortcutsListed() {
+        auto app = apri();
+        QVERIFY(app);
+        const QString testo = MainWindow::testoScorciatoie();
+        int conTasto = 0;
+        for (QAction* azione : app->finestraPrincipale().findChildren<QAction*>()) {
+            if (azione->shortcut().isEmpty() || azione->objectName() == QLatin1String("azioneEsci") ||
+                azione->objectName() == QLatin1String("azioneSimula"))
+                continue;
+            ++conTasto;
+            const QString tasto = azione->shortcut().toString(QKeySequence::PortableText);
+            QVERIFY2(testo.contains(tasto + u'\t'), qPrintable(tasto));
+        }
+        QCOMPARE(conTasto, 9); // six sections, new, search, settings
+        QVERIFY(testo.contains(QStringLiteral("Ctrl+Maiusc+S\tSimula una spedizione")));
+    }
+
     void simulationShortcutTwiceStartsOne() {
         auto app = apri();
         QVERIFY(app);
