@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 class QLineEdit;
 
 // What a screen offers to the window's keyboard commands. A screen takes part by deriving from the ones it
@@ -18,3 +20,9 @@ public:
     virtual ~ConRicerca() = default;
     virtual QLineEdit* ricerca() const = 0;
 };
+
+class QAbstractItemView;
+
+// The Delete key on a master list deletes its selected item, as the list's own "Elimina" does. Only while the
+// list itself has the keyboard: in a field or the editor, Delete stays the text's.
+void eliminaConCanc(QAbstractItemView* elenco, std::function<void()> elimina);

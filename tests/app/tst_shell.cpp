@@ -12,6 +12,7 @@
 #include "ui/Dialoghi.h"
 #include "ui/Symbols.h"
 
+#include <QAbstractItemView>
 #include <QAction>
 #include <QApplication>
 #include <QDesktopServices>
@@ -203,6 +204,66 @@ private Q_SLOTS:
         QVERIFY(!campo->hasFocus());
         QTest::keyClick(&finestra, Qt::Key_F, Qt::ControlModifier);
         QTRY_VERIFY(campo->hasFocus());
+    }
+
+    void deleteKey_data() {
+        QTest::addColumn<QString>("sezione");
+        QTest::newRow("a list") << "liste";
+        QTest::newRow("a template") << "modelli";
+        QTest::newRow("a campaign") << "campagne";
+    }
+    // Delete on a master list deletes its selected item; typed in a field it stays the text's.
+    void deleteKey() {
+        QFETCH(QString, sezione);
+        auto app = apri();
+        QVERIFY(app);
+        Store& store = app->store();
+        ContactList lista(QStringLiteral("Clienti"), QStringLiteral("c.csv"), {"email"}, QStringLiteral("email"));
+        store.insert(lista);
+        MessageTemplate modello(QStringLiteral("Saldi"), QStringLiteral("Saldi"), QStringLiteral("<p>Saldi</p>"));
+        store.insert(modello);
+        Campaign campagna(QStringLiteral("Primavera"));
+        campagna.listId = lista.id;
+        campagna.templateId = modello.id;
+        store.insert(campagna);
+        store.save();
+        MainWindow& finestra = app->finestraPrincipale();
+        finestra.show();
+        QVERIFY(QTest::qWaitForWindowActive(&finestra));
+        for (Sezione s : tutteLeSezioni())
+            if (rawValue(s) == sezione)
+                finestra.vaiA(s);
+        const auto quanti = [&] {
+            return sezione == QLatin1String("liste")     ? store.all<ContactList>().size()
+                   : sezione == QLatin1String("modelli") ? store.all<MessageTemplate>().size()
+                                                         : store.all<Campaign>().size();
+        };
+        QAbstractItemView* elenco = nullptr;
+        for (QAbstractItemView* vista : finestra.schermata()->findChildren<QAbstractItemView*>())
+            if (!vista->findChildren<QAction*>(QStringLiteral("eliminaConCanc")).isEmpty())
+                elenco = vista;
+        QVERIFY(elenco);
+        // Select the item by clicking it, as a person does.
+        QTRY_VERIFY(elenco->model()->rowCount() > 0);
+        // The last row: a list's master has its group's header first. A click in the moment the lists' progress
+        // lands can be lost, so the person clicks again until the row is selected.
+        const auto clicca = [&] {
+            const int riga = elenco->model()->rowCount() - 1;
+            QTest::mouseClick(elenco->viewport(), Qt::LeftButton, {},
+                              elenco->visualRect(elenco->model()->index(riga, 0)).center());
+            return !elenco->selectionModel()->selectedIndexes().isEmpty();
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(clicca(), 5000);
+        QCOMPARE(quanti(), qsizetype(1));
+        auto* campo = finestra.findChild<QLineEdit*>();
+        if (campo && campo->isVisible()) {
+            campo->setFocus();
+            QTest::keyClick(campo, Qt::Key_Delete);
+            QCOMPARE(quanti(), qsizetype(1));
+        }
+        elenco->setFocus();
+        QTest::keyClick(elenco, Qt::Key_Delete);
+        QCOMPARE(quanti(), qsizetype(0));
     }
 
     // The list under "Scorciatoie da tastiera" names every key the window's actions answer to.

@@ -4,6 +4,7 @@
 #include "screens/campaigns/CampaignDetailView.h"
 #include "screens/campaigns/CampaignReadings.h"
 #include "ui/Ambiente.h"
+#include "ui/Comandi.h"
 #include "ui/Palette.h"
 #include "ui/Rinfresco.h"
 #include "ui/Riquadri.h"
@@ -110,6 +111,10 @@ QWidget* CampaignsView::creaColonnaElenco() {
     connect(m_nuova, &QPushButton::clicked, this, &CampaignsView::nuovaCampagna);
     disposizione->addWidget(m_nuova);
     m_elenco = new QListWidget(colonna);
+    eliminaConCanc(m_elenco, [this] {
+        if (m_selezione > 0)
+            elimina(m_selezione);
+    });
     m_elenco->setObjectName(QStringLiteral("elencoCampagne"));
     m_elenco->setContextMenuPolicy(Qt::CustomContextMenu);
     m_elenco->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);

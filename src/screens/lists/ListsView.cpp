@@ -1,5 +1,7 @@
 #include "screens/lists/ListsView.h"
 
+#include "ui/Comandi.h"
+
 #include "screens/lists/AParte.h"
 #include "screens/lists/ImportSheet.h"
 #include "screens/lists/ListDetailView.h"
@@ -47,6 +49,10 @@ ListsView::ListsView(Ambiente& ambiente, QWidget* genitore)
     auto* divisore = new QSplitter(Qt::Horizontal, this);
     divisore->setChildrenCollapsible(false);
     m_master = new QListView(divisore);
+    eliminaConCanc(m_master, [this] {
+        if (m_selezione > 0)
+            eliminaLista(m_selezione);
+    });
     m_master->setObjectName(QStringLiteral("elencoListe"));
     m_master->setModel(m_modello);
     m_master->setItemDelegate(new ListRowView(m_master));
@@ -178,6 +184,13 @@ void ListsView::mostraDettaglio() {
     QApplication::restoreOverrideCursor();
 }
 
+void ListsView::eliminaLista(RecordId lista) {
+    if (m_selezione == lista)
+        seleziona(0);
+    m_store.remove<ContactList>(lista);
+    m_store.save();
+}
+
 QMenu* ListsView::creaMenu() {
     const int riga = m_modello->rigaDi(m_selezione);
     if (riga < 0)
@@ -191,12 +204,7 @@ QMenu* ListsView::creaMenu() {
         m_store.save();
     });
     QAction* elimina = menu->addAction(Symbols::iconaColorata(QStringLiteral("trash"), Palette::colore(Colore::red)),
-                                       tr("Elimina"), this, [this, lista] {
-                                           if (m_selezione == lista.id)
-                                               seleziona(0);
-                                           m_store.remove<ContactList>(lista.id);
-                                           m_store.save();
-                                       });
+                                       tr("Elimina"), this, [this, lista] { eliminaLista(lista.id); });
     elimina->setObjectName(QStringLiteral("elimina"));
     return menu;
 }

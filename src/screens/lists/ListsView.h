@@ -28,6 +28,7 @@ public:
     RecordId selezione() const { return m_selezione; }
     void seleziona(RecordId lista);
     void nuovo() override;
+    void eliminaLista(RecordId lista);
     QLineEdit* ricerca() const override;
     // The menu of the selected list, or none with nothing selected. The caller owns it.
     QMenu* creaMenu();

@@ -8,6 +8,7 @@
 #include "screens/templates/TemplateEditorPane.h"
 #include "screens/templates/TemplatesModel.h"
 #include "ui/Ambiente.h"
+#include "ui/Comandi.h"
 #include "ui/Dialoghi.h"
 #include "ui/Palette.h"
 #include "ui/Rinfresco.h"
@@ -78,6 +79,10 @@ QWidget* TemplatesView::creaColonnaElenco() {
     disposizione->addWidget(nuovo);
 
     m_elenco = new QListView(colonna);
+    eliminaConCanc(m_elenco, [this] {
+        if (m_selezione > 0)
+            elimina(m_selezione);
+    });
     m_elenco->setObjectName(QStringLiteral("elencoModelli"));
     m_elenco->setModel(m_modelli);
     m_elenco->setItemDelegate(new ModelloDelegate(m_elenco));
