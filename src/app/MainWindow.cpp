@@ -174,6 +174,7 @@ QString MainWindow::testoScorciatoie() {
         righe.append(tr("Ctrl+%1\t%2").arg(numero++).arg(titolo(sezione)));
     righe.append(tr("Ctrl+N\tNuova lista, nuovo modello o nuova campagna, nella sezione che li ha"));
     righe.append(tr("Ctrl+F\tCerca, nelle sezioni con un campo di ricerca"));
+    righe.append(tr("Canc\tElimina la lista, il modello o la campagna scelti nella colonna a sinistra"));
     righe.append(tr("Ctrl+Maiusc+S\tSimula una spedizione"));
     righe.append(tr("Ctrl+,\tImpostazioni"));
     righe.append(tr("Esc\tChiude la finestra in primo piano (anteprima, importazione, cruscotto)"));

@@ -274,7 +274,8 @@ private Q_SLOTS:
         int conTasto = 0;
         for (QAction* azione : app->finestraPrincipale().findChildren<QAction*>()) {
             if (azione->shortcut().isEmpty() || azione->objectName() == QLatin1String("azioneEsci") ||
-                azione->objectName() == QLatin1String("azioneSimula"))
+                azione->objectName() == QLatin1String("azioneSimula") ||
+                azione->objectName() == QLatin1String("eliminaConCanc"))
                 continue;
             ++conTasto;
             const QString tasto = azione->shortcut().toString(QKeySequence::PortableText);
@@ -282,6 +283,7 @@ private Q_SLOTS:
         }
         QCOMPARE(conTasto, 9); // six sections, new, search, settings
         QVERIFY(testo.contains(QStringLiteral("Ctrl+Maiusc+S\tSimula una spedizione")));
+        QVERIFY(testo.contains(QStringLiteral("Canc\t")));
     }
 
     void simulationShortcutTwiceStartsOne() {
