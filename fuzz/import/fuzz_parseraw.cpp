@@ -1,24 +1,29 @@
 #include "import/CSVParser.h"
 #include "records/Text.h"
+#include "ReferenceCSV.h"
 
 #include <cstdint>
 #include <cstdlib>
 
 // Reads arbitrary bytes as a CSV file and takes the result through every later step, as an import does.
-// Besides crashes, it stops on results that break what callers rely on.
+// Besides crashes, it stops on results that break what callers rely on, and on any difference from the
+// same rules applied the plain way to the whole decoded text.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const QByteArray bytes = QByteArray::fromRawData(reinterpret_cast<const char*>(data), qsizetype(size));
+    const ReferenceCSV::Result expected = ReferenceCSV::parse(bytes);
     CSVParser::RawTable raw;
     try {
         raw = CSVParser::parseRaw(bytes);
     } catch (const CSVParser::ParseError& error) {
-        if (error.errorDescription().isEmpty())
+        if (error.errorDescription().isEmpty() || !expected.rows.isEmpty())
             std::abort();
         return 0;
     }
+    if (raw.rows != expected.rows || raw.delimiter != expected.delimiter || raw.encodingName != expected.encodingName)
+        std::abort();
     if (raw.rows.isEmpty())
         std::abort();
-    for (const QStringList& row : raw.rows)
+    for (const CSVParser::Row row : raw.rows)
         if (std::all_of(row.cbegin(), row.cend(), Text::isBlank))
             std::abort();
     const qsizetype header = CSVParser::detectHeaderRow(raw.rows);

@@ -17,7 +17,7 @@ bool hasContent(const QString& field) {
     return !Text::isBlank(field);
 }
 
-qsizetype nonEmptyFields(const QStringList& row) {
+qsizetype nonEmptyFields(const Row& row) {
     return std::count_if(row.cbegin(), row.cend(), hasContent);
 }
 
@@ -38,18 +38,17 @@ const char* ParseError::what() const noexcept {
 }
 
 RawTable parseRaw(const QByteArray& data) {
-    detail::Decoded decoded = detail::decode(data);
-    const QChar delimiter = detail::detectDelimiter(decoded.text);
-    QList<QStringList> rows = detail::parseRows(decoded.text, delimiter);
-    decoded.text = QString(); // the rows hold their own copies; don't keep the file twice
+    // The cells stay in the file's bytes; only the part that decides the delimiter is turned into text.
+    detail::Source source = detail::source(data);
+    const QChar delimiter = detail::detectDelimiter(detail::sampleText(source));
     // Only the test trims; newlines aren't whitespace, so a field holding just a line break keeps its row.
-    rows.removeIf([](const QStringList& row) { return std::none_of(row.cbegin(), row.cend(), hasContent); });
+    Rows rows(detail::splitRows(source, char(delimiter.unicode()), true, Cells::needsWideOffsets(source.bytes.size())));
     if (rows.isEmpty())
         throw ParseError(ParseError::empty);
-    return RawTable{std::move(rows), delimiter, std::move(decoded.encodingName)};
+    return RawTable{std::move(rows), delimiter, std::move(source.encodingName)};
 }
 
-qsizetype detectHeaderRow(const QList<QStringList>& rows) {
+qsizetype detectHeaderRow(const Rows& rows) {
     if (rows.size() < 2)
         return 0;
     std::map<qsizetype, int> rowsPerWidth;
@@ -87,9 +86,10 @@ Table table(const RawTable& raw, qsizetype headerRow) {
     if (raw.rows.isEmpty())
         return result;
     const qsizetype header = qBound<qsizetype>(0, headerRow, raw.rows.size() - 1);
+    const Row headerCells = raw.rows[header];
     QStringList names;
-    names.reserve(raw.rows[header].size());
-    for (const QString& cell : raw.rows[header])
+    names.reserve(headerCells.size());
+    for (const QString& cell : headerCells)
         names.append(Text::trimmedWhitespace(cell));
     result.columns = detail::deduplicate(names);
     result.rows = raw.rows.mid(header + 1);
@@ -99,12 +99,12 @@ Table table(const RawTable& raw, qsizetype headerRow) {
 QList<QHash<QString, QString>> Table::dictionaries() const {
     QList<QHash<QString, QString>> result;
     result.reserve(rows.size());
-    for (const QStringList& row : rows) {
+    for (const Row row : rows) {
         QHash<QString, QString> values;
         values.reserve(columns.size());
         for (qsizetype i = 0; i < columns.size(); ++i)
             if (!columns[i].isEmpty())
-                values.insert(columns[i], i < row.size() ? row[i] : QString());
+                values.insert(columns[i], row.value(i));
         result.append(std::move(values));
     }
     return result;
@@ -122,7 +122,7 @@ std::optional<QString> guessEmailColumn(const Table& table) {
     for (qsizetype column = 0; column < table.columns.size(); ++column) {
         qsizetype score = 0;
         for (qsizetype r = 0; r < sampled; ++r) {
-            const QStringList& row = table.rows[r];
+            const Row row = table.rows[r];
             if (column < row.size() && isValidEmailSyntax(row[column]))
                 ++score;
         }

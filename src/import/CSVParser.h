@@ -1,5 +1,7 @@
 #pragma once
 
+#include "import/CSVRows.h"
+
 #include <QByteArray>
 #include <QChar>
 #include <QHash>
@@ -16,7 +18,7 @@ namespace CSVParser {
 
 // A file as read, before anybody has said which row is the header.
 struct RawTable {
-    QList<QStringList> rows; // file order, fields untrimmed, rows of differing length as they are
+    Rows rows; // file order, fields untrimmed, rows of differing length as they are
     QChar delimiter;
     QString encodingName; // "UTF-8", "UTF-16", "Windows-1252" or "ISO-8859-1"
 };
@@ -24,7 +26,7 @@ struct RawTable {
 // A RawTable with the header row taken out.
 struct Table {
     QStringList columns; // trimmed and made unique
-    QList<QStringList> rows;
+    Rows rows;           // shares its cells with the RawTable's
     QChar delimiter;
     QString encodingName;
 
@@ -49,7 +51,7 @@ public:
 RawTable parseRaw(const QByteArray& data);
 
 // The row that most likely holds the column names, so that titles and notes above a table are stepped over.
-qsizetype detectHeaderRow(const QList<QStringList>& rows);
+qsizetype detectHeaderRow(const Rows& rows);
 
 // The table below the given header row; an index out of range is clamped.
 Table table(const RawTable& raw, qsizetype headerRow);

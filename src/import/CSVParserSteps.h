@@ -1,11 +1,15 @@
 #pragma once
 
+#include "import/CSVRows.h"
+
+#include <QByteArrayView>
 #include <QChar>
 #include <QList>
 #include <QString>
 #include <QStringList>
 #include <QStringView>
 
+#include <memory>
 #include <optional>
 
 // The steps behind CSVParser's operations. Only the parser and its tests use them.
@@ -25,12 +29,35 @@ std::optional<QString> decodeUtf8(QByteArrayView bytes);
 std::optional<QString> decodeUtf16(QByteArrayView bytes); // the byte order mark selects the order
 std::optional<QString> decodeWindows1252(QByteArrayView bytes);
 
+// Windows-1252 leaves five byte values undefined; bytes without them read through its table.
+bool isWindows1252(QByteArrayView bytes);
+QString fromWindows1252(QByteArrayView bytes);
+
 // CR LF and lone CR become LF.
 void normalizeLineEnds(QString& text);
 
+// The bytes that a file's cells are read from, with the encoding decode would choose, found without turning
+// the whole file into text.
+struct Source {
+    QByteArray bytes;    // the file's own bytes; for UTF-16 their UTF-8 form
+    qsizetype start = 0; // the text begins here, past a UTF-8 byte order mark
+    Cells::Codec codec = Cells::Codec::utf8;
+    QString encodingName;
+};
+Source source(const QByteArray& data);
+
+// The beginning of the source's text, line ends made LF, long enough to hold the part detectDelimiter looks at.
+QString sampleText(const Source& source);
+
 QChar detectDelimiter(QStringView text);
 
-QList<QStringList> parseRows(QStringView text, QChar delimiter);
+// Splits the source's text into rows of cells, after the rules of quotes and delimiters, reading any line end
+// (LF, CR LF, CR) as LF. Blank rows (no cell with more than whitespace) are dropped when asked. Wide offsets
+// are needed past Cells::needsWideOffsets; they work for any size.
+std::shared_ptr<Cells> splitRows(const Source& source, char delimiter, bool dropBlankRows, bool wideOffsets);
+
+// The same on a text, every row kept.
+Rows parseRows(QStringView text, QChar delimiter);
 
 QStringList deduplicate(const QStringList& names);
 

@@ -65,11 +65,6 @@ int consistency(const QList<int>& perLine) {
     return best;
 }
 
-void appendRun(QString& field, const QChar* s, qsizetype from, qsizetype to) {
-    if (to > from)
-        field.append(s + from, to - from);
-}
-
 } // namespace
 
 bool standsAlone(QStringView text, qsizetype index) {
@@ -129,81 +124,6 @@ QChar detectDelimiter(QStringView text) {
         }
     }
     return bestTotal == 0 ? QChar(u',') : QChar(best);
-}
-
-QList<QStringList> parseRows(QStringView text, QChar delimiter) {
-    QList<QStringList> rows;
-    QStringList row;
-    // Text is taken in runs between quotes and delimiters rather than character by character; a field
-    // made of more than one run (quotes in it) is put together in pieced.
-    QString pieced;
-    bool isPieced = false;
-    qsizetype runStart = 0;
-    bool inQuotes = false;
-    const QChar* s = text.data();
-    const qsizetype n = text.size();
-    const char16_t d = delimiter.unicode();
-    qsizetype width = 0;
-
-    const auto endField = [&](qsizetype end) {
-        if (!isPieced) {
-            row.append(QString(s + runStart, end - runStart));
-        } else {
-            appendRun(pieced, s, runStart, end);
-            row.append(std::move(pieced));
-            pieced = QString();
-            isPieced = false;
-        }
-    };
-    const auto breakRun = [&](qsizetype at) {
-        isPieced = true;
-        appendRun(pieced, s, runStart, at);
-    };
-
-    qsizetype i = 0;
-    while (i < n) {
-        if (inQuotes) {
-            const qsizetype quote = nextQuote(text, i);
-            if (quote < 0)
-                break; // an open quote at the end holds everything up to the end
-            breakRun(quote);
-            if (quote + 1 >= n) {
-                runStart = i = n;
-                break;
-            }
-            if (s[quote + 1] == u'"' && standsAlone(text, quote + 1)) {
-                runStart = quote + 1; // the second quote starts the next run, so it stays in the field
-                i = quote + 2;
-            } else {
-                inQuotes = false;
-                runStart = i = quote + 1;
-            }
-            continue;
-        }
-        const char16_t c = s[i].unicode();
-        if (c == u'\n') {
-            endField(i);
-            width = row.size();
-            rows.append(std::move(row));
-            row = QStringList();
-            row.reserve(width);
-            runStart = ++i;
-        } else if (c == d && standsAlone(text, i)) {
-            endField(i);
-            runStart = ++i;
-        } else if (c == u'"' && standsAlone(text, i)) {
-            breakRun(i);
-            inQuotes = true;
-            runStart = ++i;
-        } else {
-            ++i;
-        }
-    }
-    if (runStart < n || !pieced.isEmpty() || !row.isEmpty()) {
-        endField(n);
-        rows.append(std::move(row));
-    }
-    return rows;
 }
 
 } // namespace CSVParser::detail

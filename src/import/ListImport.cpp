@@ -102,8 +102,7 @@ const CSVParser::Table& ImportSheetState::tabellaCorrente() const {
 }
 
 QList<QStringList> ImportSheetState::righeAnteprima() const {
-    const QList<QStringList>& righe = tabellaCorrente().rows;
-    return righe.size() > righeInAnteprima ? righe.first(righeInAnteprima) : righe;
+    return tabellaCorrente().rows.first(righeInAnteprima).toList();
 }
 
 qsizetype ImportSheetState::conteggioValide() const {
@@ -113,7 +112,7 @@ qsizetype ImportSheetState::conteggioValide() const {
         return 0;
     QSet<QString> visti;
     qsizetype conteggio = 0;
-    for (const QStringList& riga : tabella.rows) {
+    for (const CSVParser::Row riga : tabella.rows) {
         if (indice >= riga.size())
             continue;
         const QString indirizzo = Text::normalizedAddress(riga.at(indice));
@@ -157,13 +156,13 @@ QList<ContactRow> ImportSheetState::righeDaImportare(qsizetype inizio, qsizetype
     QList<ContactRow> risultato;
     risultato.reserve(qMax(qsizetype(0), fine - inizio));
     for (qsizetype n = inizio; n < fine; ++n) {
-        const QStringList& riga = tabella.rows.at(n);
+        const CSVParser::Row riga = tabella.rows.at(n);
         // The same map as the table's dictionaries: of two equal names the later column wins.
         RowValues valori;
         valori.reserve(colonne.size());
         for (qsizetype i = 0; i < colonne.size(); ++i)
             if (!colonne.at(i).isEmpty())
-                valori.insert(colonne.at(i), i < riga.size() ? riga.at(i) : QString());
+                valori.insert(colonne.at(i), riga.value(i));
         QString indirizzo = Text::normalizedAddress(valori.value(colonnaEmail));
         if (scartaSenzaEmail && !isValidEmailSyntax(indirizzo))
             continue;

@@ -157,7 +157,7 @@ void TestCSVFiles::notCSV() {
         QCOMPARE(raw.rows.first().size(), width);
     }
     QVERIFY(!raw.rows.isEmpty());
-    for (const QStringList& row : raw.rows)
+    for (const CSVParser::Row row : raw.rows)
         QVERIFY(std::any_of(row.cbegin(), row.cend(), [](const QString& field) { return !Text::isBlank(field); }));
 
     // The steps after reading must take whatever reading gave.

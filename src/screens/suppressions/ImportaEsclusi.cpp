@@ -30,7 +30,7 @@ std::optional<QStringList> ImportaEsclusi::candidati(const QByteArray& dati) {
     }
     // Columns don't matter, and the first line counts like any other: a file may hold no header at all.
     QStringList trovati;
-    for (const QStringList& riga : grezza.rows)
+    for (const CSVParser::Row riga : grezza.rows)
         for (const QString& cella : riga)
             if (isValidEmailSyntax(cella))
                 trovati.append(Text::normalizedAddress(cella));
