@@ -74,6 +74,14 @@ std::optional<QString> decodeWindows1252(QByteArrayView bytes) {
     return fromWindows1252(bytes);
 }
 
+QString utf8Text(QByteArrayView bytes) {
+    if (!bytes.startsWith("\xEF\xBB\xBF"))
+        return QString::fromUtf8(bytes);
+    QStringDecoder decoder(QStringConverter::Utf8,
+                           QStringConverter::Flag::Stateless | QStringConverter::Flag::ConvertInitialBom);
+    return decoder.decode(bytes);
+}
+
 bool isWindows1252(QByteArrayView bytes) {
     const auto* b = reinterpret_cast<const unsigned char*>(bytes.data());
     const qsizetype n = bytes.size();
@@ -119,7 +127,7 @@ QString sampleText(const Source& source) {
             while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80)
                 --end; // not inside a sequence: text[end] is the first byte left out
         const QByteArrayView prefix = text.first(end);
-        QString sample = source.codec == Cells::Codec::utf8     ? QString::fromUtf8(prefix)
+        QString sample = source.codec == Cells::Codec::utf8     ? utf8Text(prefix)
                          : source.codec == Cells::Codec::latin1 ? QString::fromLatin1(prefix)
                                                                 : fromWindows1252(prefix);
         normalizeLineEnds(sample);

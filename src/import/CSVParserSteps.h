@@ -29,6 +29,10 @@ std::optional<QString> decodeUtf8(QByteArrayView bytes);
 std::optional<QString> decodeUtf16(QByteArrayView bytes); // the byte order mark selects the order
 std::optional<QString> decodeWindows1252(QByteArrayView bytes);
 
+// Text of valid UTF-8. Unlike QString::fromUtf8 it keeps a byte order mark at the start as U+FEFF: inside a
+// file it is a character like any other, also where a cell or a piece of the text begins with it.
+QString utf8Text(QByteArrayView bytes);
+
 // Windows-1252 leaves five byte values undefined; bytes without them read through its table.
 bool isWindows1252(QByteArrayView bytes);
 QString fromWindows1252(QByteArrayView bytes);

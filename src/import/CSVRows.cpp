@@ -30,7 +30,7 @@ QString Cells::text(qsizetype cell) const {
     case Codec::utf8:
         break;
     }
-    return QString::fromUtf8(bytesOfCell);
+    return detail::utf8Text(bytesOfCell);
 }
 
 QStringList Row::toList() const {

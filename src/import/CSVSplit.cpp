@@ -236,8 +236,8 @@ template <typename Offset> bool Splitter<Offset>::standsAloneAt(qsizetype i) con
     for (int k = 0; k < 4 && to < m_n; ++k)
         for (++to; to < m_n && (byteAt(to) & 0xC0) == 0x80;)
             ++to;
-    QString before = QString::fromUtf8(m_s + from, i - from);
-    QString after = QString::fromUtf8(m_s + i, to - i);
+    QString before = utf8Text(QByteArrayView(m_s + from, i - from));
+    QString after = utf8Text(QByteArrayView(m_s + i, to - i));
     normalizeLineEnds(before);
     normalizeLineEnds(after);
     return standsAlone(before + after, before.size());
@@ -252,7 +252,7 @@ template <typename Offset> bool Splitter<Offset>::hasText(qsizetype cell) const 
         if (b < 0x80)
             return true;
         if (m_cells->codec == Cells::Codec::utf8)
-            return !Text::isBlank(QString::fromUtf8(bytes));
+            return !Text::isBlank(utf8Text(bytes));
         if (b != 0xA0) // of 0x80-0xFF only the no-break space is whitespace in either single-byte encoding
             return true;
     }

@@ -26,7 +26,8 @@ const QList<QByteArray> utf8Pieces = {"\xc3\xa9",         // é
                                       "\xc2\xa0",         // no-break space
                                       "\xe2\x80\x83",     // em space
                                       "\xc2\x85",         // next line: a newline, not whitespace
-                                      "\xe2\x82\xac"};    // euro sign
+                                      "\xe2\x82\xac",     // euro sign
+                                      "\xef\xbb\xbf"};    // a byte order mark inside the text: U+FEFF
 const QList<QByteArray> singleBytePieces = {"\xe9", "\x80", "\x92", "\x93", "\xa0", "\x85", "\xcc", "\xff"};
 const QList<QByteArray> undefinedIn1252 = {"\x81", "\x8d", "\x8f", "\x90", "\x9d"};
 
