@@ -77,6 +77,8 @@ void TestTemplateRenderer::substitute_data() {
     QTest::newRow("unmatched braces stay") << u"{{ {{nome}} }} {{nome"_s << mario << false << u"{{ Mario }} {{nome"_s;
     QTest::newRow("characters outside the BMP round placeholders")
         << u"😀{{nome}}😀{{ nome }}𝄞"_s << mario << false << u"😀Mario😀Mario𝄞"_s;
+    QTest::newRow("a broken character anywhere: no placeholder is read")
+        << u"{{nome}} "_s + QChar(0xDC00) << mario << false << u"{{nome}} "_s + QChar(0xDC00);
 }
 
 void TestTemplateRenderer::substitute() {
@@ -112,6 +114,11 @@ void TestTemplateRenderer::htmlToPlainText_data() {
     QTest::newRow("blanks before a line feed vanish, at line start stay") << u"uno \t <br>  due"_s << u"uno\n  due"_s;
     QTest::newRow("trimmed at both ends") << u"<p>  </p>\n\n<div>x</div>\n\u00a0"_s << u"x"_s;
     QTest::newRow("anything between angle brackets goes") << u"1 < 2 e 3 > 2 <span\nclass=\"x\">!"_s << u"1  2 !"_s;
+    QTest::newRow("empty brackets and an unclosed one stay") << u"x<>y<b>z a<b"_s << u"x<>yz a<b"_s;
+    QTest::newRow("a tag runs to the first closing bracket") << u"<<a>b<c>>"_s << u"b>"_s;
+    // The expressions match nothing in a text with half a surrogate pair; the entities are still decoded.
+    QTest::newRow("a broken character anywhere: tags stay")
+        << u"<p>a &amp; b</p><br>"_s + QChar(0xD800) << u"<p>a & b</p><br>"_s + QChar(0xD800);
 }
 
 void TestTemplateRenderer::htmlToPlainText() {
