@@ -2,6 +2,7 @@
 
 #include "ConnectionWaiter.h"
 #include "HostNameCheck.h"
+#include "SocketWait.h"
 
 #include <QDeadlineTimer>
 #include <QHostInfo>
@@ -268,7 +269,7 @@ QCoro::Task<> SMTPSession::receiveChunk(const QDeadlineTimer& deadline) {
             throw socketFailure();
         if (deadline.hasExpired())
             failAndClose(SMTPError::timeout());
-        co_await qCoro(*m_connection).waitForReadyRead(remaining(deadline));
+        co_await SocketWait(*m_connection, remaining(deadline));
         chunk = m_connection->read(readLimit);
     }
     m_reader.append(chunk);
