@@ -41,6 +41,12 @@ private:
     void tagliaAllaQuota();
     void salvaStato(CampaignStatus stato);
     MIMEBuilder::Message messaggio(const RunPlanning::Destinatario& destinatario, QString* oggetto) const;
+    // One recipient's message, ready for the wire.
+    struct Pronto {
+        QByteArray dati;
+        QString oggetto;
+    };
+    Pronto componi(const RunPlanning::Destinatario& destinatario) const;
     // The single attempt after a lost connection; false when it failed and the run ends.
     QCoro::Task<bool> riconnetti(SMTPSession& sessione);
     QCoro::Task<> pausa();

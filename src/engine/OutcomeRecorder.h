@@ -13,8 +13,8 @@ class Store;
 
 // Where each outcome of a run leaves its mark: a log in the store, every row that holds the address in
 // any list, the engine's events and counters and, for a definitive refusal, the suppression list. Each
-// delivery or failure is saved at once, so that a process killed mid-run loses at most the message
-// whose acceptance had not yet come back.
+// delivery or failure is saved at once (at pace 0 a delivery as soon as the next transaction's first command
+// is out), so that a process killed mid-run loses at most the last message the server accepted.
 class OutcomeRecorder {
 public:
     struct Contesto {

@@ -43,6 +43,12 @@ MIMEBuilder::Message Corsa::messaggio(const RunPlanning::Destinatario& destinata
     return m;
 }
 
+Corsa::Pronto Corsa::componi(const RunPlanning::Destinatario& destinatario) const {
+    Pronto pronto;
+    pronto.dati = MIMEBuilder::build(messaggio(destinatario, &pronto.oggetto));
+    return pronto;
+}
+
 QCoro::Task<> Corsa::consegna() {
     const std::unique_ptr<SMTPSession> sessione = m_engine.nuovaSessione(m_config, m_password);
     m_engine.append(tr("Connessione a %1:%2…").arg(m_config.host).arg(m_config.port));
@@ -59,8 +65,33 @@ QCoro::Task<> Corsa::consegna() {
         co_return;
     m_engine.append(tr("Connesso e autenticato."));
 
+    // At pace 0 the run works while the server does: the next message is made while the server takes the
+    // last one in, and a delivery is recorded while the server answers the next MAIL FROM. What goes on the
+    // wire and in what order doesn't change; a delivery waits at most until the next command is out, so the
+    // one message a killed process may leave without its log is still the last the server accepted.
+    const bool diSeguito = m_config.delayBetweenMessages <= 0;
+    std::optional<Pronto> pronto;
+    struct Consegnato {
+        QString email;
+        QString oggetto;
+    };
+    std::optional<Consegnato> inSospeso; // delivered, not yet recorded
+    const auto registraInSospeso = [this, &inSospeso] {
+        if (!inSospeso)
+            return;
+        m_registro->consegna(inSospeso->email, inSospeso->oggetto);
+        m_engine.contaProcessato();
+        inSospeso.reset();
+    };
     bool persa = false;
-    for (const RunPlanning::Destinatario& destinatario : std::as_const(m_destinatari)) {
+    const qsizetype quanti = m_destinatari.size();
+    for (qsizetype i = 0; i < quanti; ++i) {
+        const RunPlanning::Destinatario& destinatario = m_destinatari.at(i);
+        if (m_engine.cancelRequested() || m_engine.isPaused()) {
+            // A paused or stopped run shows every outcome; a message made before a pause would carry its date.
+            registraInSospeso();
+            pronto.reset();
+        }
         if (m_engine.cancelRequested())
             break;
         co_await pausa();
@@ -70,15 +101,28 @@ QCoro::Task<> Corsa::consegna() {
             break;
         m_engine.setCurrentRecipient(destinatario.email);
 
-        QString oggetto;
-        const QByteArray dati = MIMEBuilder::build(messaggio(destinatario, &oggetto));
-        const auto errore = co_await tenta(sessione->sendMessage(m_config.fromEmail, destinatario.email, dati));
+        const Pronto questo = pronto ? std::move(*pronto) : componi(destinatario);
+        pronto.reset();
+        const bool prossimoSubito = diSeguito && i + 1 < quanti;
+        SMTPSession::Meanwhile intanto;
+        if (inSospeso)
+            intanto.afterMailFrom = registraInSospeso;
+        if (prossimoSubito)
+            intanto.afterData = [this, &pronto, &prossimo = m_destinatari.at(i + 1)] { pronto = componi(prossimo); };
+        const auto errore = co_await tenta(
+            sessione->sendMessage(m_config.fromEmail, destinatario.email, questo.dati, std::move(intanto)));
         if (!vivo())
             co_return;
-        if (!errore) {
-            m_registro->consegna(destinatario.email, oggetto);
+        registraInSospeso(); // when the MAIL FROM never went out
+        if (!errore && prossimoSubito) {
+            inSospeso = Consegnato{destinatario.email, questo.oggetto};
+        } else if (!errore) {
+            m_registro->consegna(destinatario.email, questo.oggetto);
+            m_engine.contaProcessato();
         } else {
-            m_registro->fallimento(destinatario.email, oggetto, errore->testo, errore->rifiutoDefinitivo);
+            // The next message is made afresh once the connection is back: a reconnection may take a while.
+            pronto.reset();
+            m_registro->fallimento(destinatario.email, questo.oggetto, errore->testo, errore->rifiutoDefinitivo);
             // A session the failure left without its connection (a close, a time-out, a reply that couldn't be
             // followed) is opened again at once: the next recipient must not be charged with this one's fault.
             if ((errore->connessioneChiusa || !sessione->isConnected()) && !co_await riconnetti(*sessione)) {
@@ -87,16 +131,17 @@ QCoro::Task<> Corsa::consegna() {
             }
             if (!vivo())
                 co_return;
+            m_engine.contaProcessato();
         }
-        m_engine.contaProcessato();
 
         // No wait after the last message; a pace of 0 still lets the event loop turn.
-        if (m_engine.processed() < m_engine.total()) {
+        if (i + 1 < quanti) {
             co_await QCoro::sleepFor(millisecondi(m_config.delayBetweenMessages));
             if (!vivo())
                 co_return;
         }
     }
+    registraInSospeso();
 
     if (!persa) {
         co_await sessione->disconnect();

@@ -168,7 +168,7 @@ QCoro::Task<> SMTPSession::authenticatePlain() {
     co_await expect(SMTPAwaiting::authPlainReply);
 }
 
-QCoro::Task<> SMTPSession::sendMessage(QString envelopeFrom, QString recipient, QByteArray data) {
+QCoro::Task<> SMTPSession::sendMessage(QString envelopeFrom, QString recipient, QByteArray data, Meanwhile meanwhile) {
     if (!m_connection)
         throw SMTPError::notConnected();
     const auto mailFrom = SMTPWire::commandLine("MAIL FROM:<", envelopeFrom, ">");
@@ -178,12 +178,18 @@ QCoro::Task<> SMTPSession::sendMessage(QString envelopeFrom, QString recipient, 
         throw SMTPError::transport(SMTPError::tr("indirizzo non valido"));
 
     co_await write(*mailFrom);
+    if (meanwhile.afterMailFrom)
+        meanwhile.afterMailFrom();
     co_await expect(SMTPAwaiting::mailFromReply);
     co_await write(*rcptTo);
     co_await expectOrReset(SMTPAwaiting::rcptToReply);
     co_await write(QByteArrayLiteral("DATA\r\n"));
     co_await expectOrReset(SMTPAwaiting::dataReply);
-    co_await write(SMTPWire::dotStuffed(data) + "\r\n.\r\n");
+    QByteArray block = SMTPWire::dotStuffed(data);
+    block += "\r\n.\r\n"; // within the room dotStuffed keeps, so the message isn't copied again
+    co_await write(std::move(block));
+    if (meanwhile.afterData)
+        meanwhile.afterData();
     co_await expect(SMTPAwaiting::endOfDataReply);
 }
 

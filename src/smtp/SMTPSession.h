@@ -14,6 +14,7 @@
 #include <QCoro/QCoroTask>
 
 #include <chrono>
+#include <functional>
 #include <memory>
 
 class ConnectionWaiter;
@@ -50,9 +51,17 @@ public:
     // Opens the connection, takes the greeting, says EHLO, upgrades to TLS when it can and authenticates
     // when a user name is set. May be called again after disconnect(): that is how a run reconnects.
     QCoro::Task<> connect();
+    // Work of the caller's to do while the server works: each runs once a command has gone out and before
+    // its reply is read, so that the two overlap. Neither may throw. One whose moment a failure comes before
+    // is not run.
+    struct Meanwhile {
+        std::function<void()> afterMailFrom;
+        std::function<void()> afterData; // the message is out, the server's verdict on it not yet read
+    };
+
     // One transaction. A refusal of the recipient or of DATA is followed by RSET; the session stays usable
     // after any refusal, but not after a transport failure, a time-out, a close or an overlong reply.
-    QCoro::Task<> sendMessage(QString envelopeFrom, QString recipient, QByteArray data);
+    QCoro::Task<> sendMessage(QString envelopeFrom, QString recipient, QByteArray data, Meanwhile meanwhile = {});
     // Says QUIT and closes. Never fails.
     QCoro::Task<> disconnect();
 

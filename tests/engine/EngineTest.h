@@ -71,6 +71,9 @@ private Q_SLOTS:
     // Scripted servers for the faults a real server won't produce.
     void copioni_data();
     void copioni();
+    void esitoPrimaDelMessaggioSuccessivo_data();
+    void esitoPrimaDelMessaggioSuccessivo();
+    void pausaARitmoZero();
 
     // The test send.
     void invioDiProva_data();

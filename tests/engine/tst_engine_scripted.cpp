@@ -147,3 +147,69 @@ void TestEngine::copioni() {
     QCOMPARE(engine.fine().has_value(), stato != "failed" || processati > 0);
     QCOMPARE(scena.logs().size(), engine.sent() + engine.failed());
 }
+
+// At pace 0 a delivery is recorded while the server answers the next MAIL FROM: it must be in the store
+// before the next message's data goes out, or a killed run could leave two accepted messages without a log.
+void TestEngine::esitoPrimaDelMessaggioSuccessivo_data() {
+    QTest::addColumn<double>("pausa");
+    QTest::newRow("pace 0") << 0.0;
+    QTest::newRow("pace 0.1 s") << 0.1;
+}
+
+void TestEngine::esitoPrimaDelMessaggioSuccessivo() {
+    QFETCH(double, pausa);
+    const QString a = "anna@ditta.it", b = "bruno@ditta.it", c = "carla@ditta.it";
+    ScriptedServer server(apertura() + consegna(a) + consegna(b) + consegna(c) + uscita);
+    QVERIFY(server.listen(QString::fromLatin1(Loopback::engineSmtp)));
+    SMTPConfig config;
+    config.host = QString::fromLatin1(Loopback::engineSmtp);
+    config.port = server.port();
+    config.useTLS = false;
+    config.username = QStringLiteral("utente@prova.example");
+    config.fromEmail = mittente;
+    config = configurazione(config);
+    config.delayBetweenMessages = pausa;
+    Scena scena(config, {a, b, c}, nullptr, std::chrono::seconds(3));
+    QList<qsizetype> registrati; // deliveries in the store as each message's DATA arrives
+    connect(&server, &ScriptedServer::lineReceived, this, [&](const QString& line) {
+        if (line == QLatin1String("DATA"))
+            registrati << scena.logsCon(SendStatus::sent).size();
+    });
+    scena.corri();
+    QVERIFY2(server.usedUp(), qPrintable(server.problem()));
+    QCOMPARE(registrati, (QList<qsizetype>{0, 1, 2}));
+    QCOMPARE(scena.logsCon(SendStatus::sent).size(), 3);
+    QCOMPARE(righeCon(*scena.engine, "✓ "), (QStringList{"✓ " + a, "✓ " + b, "✓ " + c}));
+}
+
+// A run paused at pace 0 holds with every delivery so far recorded and counted, and goes on after it.
+void TestEngine::pausaARitmoZero() {
+    const QString a = "anna@ditta.it", b = "bruno@ditta.it", c = "carla@ditta.it";
+    ScriptedServer server(apertura() + consegna(a) + consegna(b) + consegna(c) + uscita);
+    QVERIFY(server.listen(QString::fromLatin1(Loopback::engineSmtp)));
+    SMTPConfig config;
+    config.host = QString::fromLatin1(Loopback::engineSmtp);
+    config.port = server.port();
+    config.useTLS = false;
+    config.username = QStringLiteral("utente@prova.example");
+    config.fromEmail = mittente;
+    Scena scena(configurazione(config), {a, b, c}, nullptr, std::chrono::seconds(3));
+    SendEngine& engine = *scena.engine;
+    int dati = 0;
+    connect(&server, &ScriptedServer::lineReceived, this, [&](const QString& line) {
+        if (line == QLatin1String("DATA") && ++dati == 2)
+            engine.setPaused(true);
+    });
+    QCoro::Task<> corsa = engine.run(scena.campagna(), scena.settings, scena.store);
+    QTRY_COMPARE(engine.processed(), 2);
+    QTest::qWait(400);
+    QCOMPARE(engine.processed(), 2);
+    QCOMPARE(engine.sent(), 2);
+    QCOMPARE(scena.logsCon(SendStatus::sent).size(), 2);
+    QCOMPARE(server.received().count("MAIL FROM:<" + mittente + ">"), 2);
+    engine.setPaused(false);
+    QCoro::waitFor(std::move(corsa));
+    QVERIFY2(server.usedUp(), qPrintable(server.problem()));
+    QCOMPARE(scena.logsCon(SendStatus::sent).size(), 3);
+    QCOMPARE(scena.campagna().status(), CampaignStatus::completed);
+}

@@ -71,6 +71,8 @@ private Q_SLOTS:
     void scripted();
     void invalidPort_data();
     void invalidPort();
+    void meanwhile_data();
+    void meanwhile();
 
     // Debian's aiosmtpd with implicit TLS and AUTH.
     void delivery_data();

@@ -186,6 +186,7 @@ void ScriptedServer::readClient() {
         const QString line = QString::fromUtf8(m_input.left(end));
         m_input.remove(0, end + 2);
         m_received << line;
+        Q_EMIT lineReceived(line);
         const QString expected = m_step < m_script.size() ? m_script.at(m_step) : QString();
         if (expected.startsWith(QLatin1String("C* "))) {
             // Any lines up to and including this one: the body of a message whose bytes vary.

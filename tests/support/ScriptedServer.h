@@ -54,6 +54,9 @@ public:
     QStringList received() const { return m_received; } // every line the client sent, in order
     int connectionCount() const { return m_connections; }
 
+Q_SIGNALS:
+    void lineReceived(const QString& line); // as each line of the client's is read, before the script answers
+
 private:
     void accept();
     void adoptWaiting();
