@@ -105,6 +105,10 @@ bool isWindows1252(QByteArrayView bytes) {
     return true;
 }
 
+char16_t windows1252Char(unsigned char byte) {
+    return byte >= 0x80 && byte <= 0x9F ? windows1252High[byte - 0x80] : char16_t(byte);
+}
+
 QString fromWindows1252(QByteArrayView bytes) {
     QString text = QString::fromLatin1(bytes);
     // Only 0x80-0x9F differ from ISO-8859-1, and most cells have none of them.

@@ -36,6 +36,7 @@ QString utf8Text(QByteArrayView bytes);
 // Windows-1252 leaves five byte values undefined; bytes without them read through its table.
 bool isWindows1252(QByteArrayView bytes);
 QString fromWindows1252(QByteArrayView bytes);
+char16_t windows1252Char(unsigned char byte); // 0 for the undefined ones
 
 // CR LF and lone CR become LF.
 void normalizeLineEnds(QString& text);

@@ -33,6 +33,34 @@ QString Cells::text(qsizetype cell) const {
     return detail::utf8Text(bytesOfCell);
 }
 
+void Cells::appendUtf8(qsizetype cell, QByteArray& out) const {
+    const QByteArrayView bytesOfCell = view(cell);
+    if (codec == Codec::utf8) {
+        out.append(bytesOfCell);
+        return;
+    }
+    // At most three bytes a character; written through a pointer, as cells come by the million.
+    const qsizetype before = out.size();
+    out.resize(before + 3 * bytesOfCell.size());
+    char* p = out.data() + before;
+    for (const char c : bytesOfCell) {
+        const auto b = static_cast<unsigned char>(c);
+        if (b < 0x80) {
+            *p++ = c;
+            continue;
+        }
+        const char16_t u = codec == Codec::windows1252 ? detail::windows1252Char(b) : char16_t(b);
+        if (u < 0x800) {
+            *p++ = char(0xC0 | (u >> 6));
+        } else {
+            *p++ = char(0xE0 | (u >> 12));
+            *p++ = char(0x80 | ((u >> 6) & 0x3F));
+        }
+        *p++ = char(0x80 | (u & 0x3F));
+    }
+    out.truncate(p - out.constData());
+}
+
 QStringList Row::toList() const {
     QStringList list;
     list.reserve(m_count);

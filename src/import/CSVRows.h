@@ -44,6 +44,8 @@ struct Cells {
 
     QByteArrayView view(qsizetype cell) const;
     QString text(qsizetype cell) const;
+    // The cell's text in UTF-8, appended: the bytes as they stand for a UTF-8 file.
+    void appendUtf8(qsizetype cell, QByteArray& out) const;
 };
 
 // One row of a table, read cell by cell. It looks into the table's cells, so it is valid as long as a Rows
@@ -58,6 +60,11 @@ public:
     QString operator[](qsizetype i) const { return at(i); }
     // The empty text past the row's end, as for a row shorter than the header.
     QString value(qsizetype i) const { return i >= 0 && i < m_count ? at(i) : QString(); }
+    // The text of cell i in UTF-8, appended to out; nothing past the row's end.
+    void appendUtf8(qsizetype i, QByteArray& out) const {
+        if (i >= 0 && i < m_count)
+            m_cells->appendUtf8(m_first + i, out);
+    }
     QStringList toList() const;
 
     class const_iterator {

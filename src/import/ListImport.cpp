@@ -1,5 +1,6 @@
 #include "import/ListImport.h"
 
+#include "import/RigaJson.h"
 #include "records/EmailSyntax.h"
 #include "records/Store.h"
 #include "records/Text.h"
@@ -149,31 +150,72 @@ QList<ContactRow> ImportSheetState::righeDaImportare() const {
     return righeDaImportare(0, tabellaCorrente().rows.size(), visti);
 }
 
+qsizetype ImportSheetState::indiceColonnaEmail() const {
+    // The column whose cell the map of a row holds under the address column's name: of equal names the last.
+    const QStringList& colonne = tabellaCorrente().columns;
+    for (qsizetype i = colonne.size() - 1; i >= 0; --i)
+        if (!colonne.at(i).isEmpty() && colonne.at(i) == colonnaEmail)
+            return i;
+    return -1;
+}
+
+bool ImportSheetState::prendi(const CSVParser::Row& riga, qsizetype colonna, QSet<QString>& visti,
+                              QString* indirizzo) const {
+    *indirizzo = Text::normalizedAddress(riga.value(colonna));
+    if (scartaSenzaEmail && !isValidEmailSyntax(*indirizzo))
+        return false;
+    // Empty addresses are never duplicates of each other; the first occurrence of an address stays.
+    if (rimuoviDuplicati && !indirizzo->isEmpty()) {
+        if (visti.contains(*indirizzo))
+            return false;
+        visti.insert(*indirizzo);
+    }
+    return true;
+}
+
 QList<ContactRow> ImportSheetState::righeDaImportare(qsizetype inizio, qsizetype fine, QSet<QString>& visti) const {
     const CSVParser::Table& tabella = tabellaCorrente();
     const QStringList& colonne = tabella.columns;
+    const qsizetype colonna = indiceColonnaEmail();
     fine = qMin(fine, tabella.rows.size());
     QList<ContactRow> risultato;
     risultato.reserve(qMax(qsizetype(0), fine - inizio));
     for (qsizetype n = inizio; n < fine; ++n) {
         const CSVParser::Row riga = tabella.rows.at(n);
+        QString indirizzo;
+        if (!prendi(riga, colonna, visti, &indirizzo))
+            continue;
         // The same map as the table's dictionaries: of two equal names the later column wins.
         RowValues valori;
         valori.reserve(colonne.size());
         for (qsizetype i = 0; i < colonne.size(); ++i)
             if (!colonne.at(i).isEmpty())
                 valori.insert(colonne.at(i), riga.value(i));
-        QString indirizzo = Text::normalizedAddress(valori.value(colonnaEmail));
-        if (scartaSenzaEmail && !isValidEmailSyntax(indirizzo))
-            continue;
-        // Empty addresses are never duplicates of each other; the first occurrence of an address stays.
-        if (rimuoviDuplicati && !indirizzo.isEmpty()) {
-            if (visti.contains(indirizzo))
-                continue;
-            visti.insert(indirizzo);
-        }
         risultato.append(ContactRow(std::move(valori), std::move(indirizzo)));
     }
+    return risultato;
+}
+
+QList<Store::RigaCodificata> ImportSheetState::righeCodificate(qsizetype inizio, qsizetype fine, QSet<QString>& visti,
+                                                               QByteArray& valori) const {
+    const CSVParser::Table& tabella = tabellaCorrente();
+    const RigaJson json(tabella.columns);
+    const qsizetype colonna = indiceColonnaEmail();
+    fine = qMin(fine, tabella.rows.size());
+    QList<Store::RigaCodificata> risultato;
+    risultato.reserve(qMax(qsizetype(0), fine - inizio));
+    QList<qsizetype> confini{valori.size()}; // where each row's object ends in valori; views come once it stops growing
+    for (qsizetype n = inizio; n < fine; ++n) {
+        const CSVParser::Row riga = tabella.rows.at(n);
+        QString indirizzo;
+        if (!prendi(riga, colonna, visti, &indirizzo))
+            continue;
+        json.append(riga, valori);
+        confini.append(valori.size());
+        risultato.append({QByteArrayView(), std::move(indirizzo)});
+    }
+    for (qsizetype i = 0; i < risultato.size(); ++i)
+        risultato[i].valori = QByteArrayView(valori).sliced(confini[i], confini[i + 1] - confini[i]);
     return risultato;
 }
 
@@ -207,7 +249,9 @@ bool Importazione::prossimaFetta() {
     if (m_finita)
         return true;
     if (m_inizio < totale()) {
-        QList<ContactRow> righe = m_stato.righeDaImportare(m_inizio, m_inizio + perFetta, m_visti);
+        QByteArray valori;
+        const QList<Store::RigaCodificata> righe =
+            m_stato.righeCodificate(m_inizio, m_inizio + perFetta, m_visti, valori);
         m_store.insertRows(m_lista.id, righe);
         m_inizio = qMin(m_inizio + perFetta, totale());
     }

@@ -3,13 +3,12 @@
 #include "import/CSVParser.h"
 #include "records/ContactList.h"
 #include "records/ContactRow.h"
+#include "records/Store.h"
 
 #include <QSet>
 #include <QUuid>
 
 #include <optional>
-
-class Store;
 
 // A file read once and parked while the user decides how it becomes a list. The path is kept for names
 // only; the file is never read again.
@@ -66,12 +65,20 @@ public:
     QList<ContactRow> righeDaImportare() const;
     // The same for the data rows from `inizio` up to `fine`, with the addresses already taken before them.
     QList<ContactRow> righeDaImportare(qsizetype inizio, qsizetype fine, QSet<QString>& visti) const;
+    // The same rows with their values encoded as the store keeps them, written into `valori`, which the rows
+    // look into: the way an import stores them.
+    QList<Store::RigaCodificata> righeCodificate(qsizetype inizio, qsizetype fine, QSet<QString>& visti,
+                                                 QByteArray& valori) const;
     // The list as it is about to be stored, without its identity.
     ContactList listaDaImportare() const;
     // Stores the list and its rows and saves once. A failing save is ignored; the list is given back.
     ContactList importa(Store& store) const;
 
 private:
+    qsizetype indiceColonnaEmail() const;
+    // Whether a data row goes into the list, with its address normalised.
+    bool prendi(const CSVParser::Row& riga, qsizetype colonna, QSet<QString>& visti, QString* indirizzo) const;
+
     PendingImport m_pending;
     qsizetype m_rigaIntestazione = 0;
     mutable std::optional<CSVParser::Table> m_tabella;

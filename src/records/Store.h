@@ -71,6 +71,15 @@ public:
     int validRowCount(RecordId listId) const;
     // Inserts many rows of one list at once, setting their identities and owner.
     bool insertRows(RecordId listId, QList<ContactRow>& rows);
+    // A new row whose values are already in the form the store keeps them: a JSON object of texts, UTF-8.
+    // An import writes hundreds of thousands of them straight from a file's cells, without a map of strings
+    // each; the bytes are the caller's and need only outlive the call.
+    struct RigaCodificata {
+        QByteArrayView valori;
+        QString email;
+    };
+    // Inserts new rows of one list as ContactRow(values, email) would be, with no statistics.
+    bool insertRows(RecordId listId, const QList<RigaCodificata>& rows);
     // Writes only the statistics fields of a row, which is what an outcome changes.
     bool updateRowOutcome(const ContactRow& row);
     // Writes only the exclusion mark of a row, for callers that hold rows without their values.

@@ -69,3 +69,27 @@ bool Store::insertRows(RecordId listId, QList<ContactRow>& rows) {
     sqlite3_finalize(istruzione);
     return ok;
 }
+
+bool Store::insertRows(RecordId listId, const QList<RigaCodificata>& rows) {
+    beginChange(ContactRows);
+    sqlite3* db = connessione(m_db);
+    sqlite3_stmt* istruzione = nullptr;
+    // A new row has no statistics: the other columns keep the defaults a fresh ContactRow writes.
+    static const QByteArray sql = "INSERT INTO ContactRow (" + Table<ContactRow>::columns().join(u", ").toUtf8() +
+                                  ") VALUES (?, ?, ?, 0, 0, 0, 0, NULL, NULL, '', '', '', '')";
+    if (!db || sqlite3_prepare_v2(db, sql.constData(), int(sql.size()), &istruzione, nullptr) != SQLITE_OK)
+        return false;
+    bool ok = true;
+    for (const RigaCodificata& riga : rows) {
+        if (listId > 0)
+            sqlite3_bind_int64(istruzione, 1, listId);
+        else
+            sqlite3_bind_null(istruzione, 1);
+        sqlite3_bind_text(istruzione, 2, riga.valori.data(), int(riga.valori.size()), SQLITE_STATIC);
+        testo(istruzione, 3, riga.email);
+        ok = sqlite3_step(istruzione) == SQLITE_DONE && ok;
+        sqlite3_reset(istruzione);
+    }
+    sqlite3_finalize(istruzione);
+    return ok;
+}
