@@ -66,11 +66,14 @@ node=$(median <<<"${rate[node]}")
 python=$(median <<<"${rate[python]}")
 source=$(median <<<"${rate[source]}")
 printf '%s messages of %s bytes over one connection, median of %s rounds\n' "$messages" "$bytes" "$rounds"
-printf '%-46s %12s %14s\n' "client" "messages/s" "CPU/message"
-printf '%-46s %12.1f %11.0f µs\n' "Brezzario (render, MIME, durable log)" "$ours" "$(median <<<"${cpu[ours]}")"
-printf '%-46s %12.1f %11.0f µs\n' "nodemailer (pooled, one connection)" "$node" "$(median <<<"${cpu[node]}")"
-printf '%-46s %12.1f %11.0f µs\n' "Python email + smtplib" "$python" "$(median <<<"${cpu[python]}")"
-printf '%-46s %12.1f %14s\n' "Postfix smtp-source (ready-made, the ceiling)" "$source" "-"
+printf '%-46s %12s %14s %12s\n' "client" "messages/s" "CPU/message" "Brezzario is"
+ratio() { awk -v a="$ours" -v b="$1" 'BEGIN { printf "%.2fx", a / b }'; }
+printf '%-46s %12.1f %11.0f µs %12s\n' "Brezzario (render, MIME, durable log)" "$ours" "$(median <<<"${cpu[ours]}")" "-"
+printf '%-46s %12.1f %11.0f µs %12s\n' "nodemailer (pooled, one connection)" "$node" "$(median <<<"${cpu[node]}")" \
+    "$(ratio "$node")"
+printf '%-46s %12.1f %11.0f µs %12s\n' "Python email + smtplib" "$python" "$(median <<<"${cpu[python]}")" \
+    "$(ratio "$python")"
+printf '%-46s %12.1f %14s %12s\n' "Postfix smtp-source (ready-made, the ceiling)" "$source" "-" "$(ratio "$source")"
 awk -v o="$ours" -v n="$node" -v p="$python" -v s="$source" 'BEGIN {
     printf "goal: at least 1500 messages/s      %8.1f   %s\n", o, (o >= 1500 ? "met" : "not met")
     printf "goal: at least 0.55x smtp-source    %8.2f   %s\n", o / s, (o / s >= 0.55 ? "met" : "not met")
