@@ -23,9 +23,17 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         std::abort();
     if (raw.rows.isEmpty())
         std::abort();
-    for (const CSVParser::Row row : raw.rows)
+    for (const CSVParser::Row row : raw.rows) {
         if (std::all_of(row.cbegin(), row.cend(), Text::isBlank))
             std::abort();
+        // An import writes the cells' UTF-8 straight into the store.
+        for (qsizetype i = 0; i < row.size(); ++i) {
+            QByteArray utf8;
+            row.appendUtf8(i, utf8);
+            if (utf8 != row.at(i).toUtf8())
+                std::abort();
+        }
+    }
     const qsizetype header = CSVParser::detectHeaderRow(raw.rows);
     if (header < 0 || header >= raw.rows.size())
         std::abort();
