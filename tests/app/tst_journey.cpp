@@ -87,7 +87,6 @@ private:
 };
 
 void TestJourney::initTestCase() {
-    Q_INIT_RESOURCE(resources);
     BrezzarioApp::preparaApplicazione();
     Keychain::setBackend(std::make_unique<MemoryKeychain>());
     m_nsd = std::make_unique<NsdServer>(QString::fromLatin1(Loopback::journeyDns));

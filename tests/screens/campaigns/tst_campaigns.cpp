@@ -118,7 +118,6 @@ private:
 };
 
 void TestCampaigns::initTestCase() {
-    Q_INIT_RESOURCE(resources);
     BrezzarioApp::preparaApplicazione();
     auto portachiavi = std::make_unique<MemoryKeychain>();
     m_segreti = portachiavi->entries;

@@ -151,7 +151,6 @@ private:
 };
 
 void TestTemplates::initTestCase() {
-    Q_INIT_RESOURCE(resources);
     BrezzarioApp::preparaApplicazione();
     auto portachiavi = std::make_unique<MemoryKeychain>();
     m_segreti = portachiavi->entries;
