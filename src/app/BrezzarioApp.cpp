@@ -4,15 +4,26 @@
 #include "app/SettingsWindow.h"
 #include "records/Store.h"
 #include "settings/SettingsStore.h"
+#include "ui/Risorse.h"
 #include "ui/Symbols.h"
 
 #include <QApplication>
+#include <QLocale>
 
 void BrezzarioApp::preparaApplicazione() {
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Brezzario"));
     // Closing the last window ends the process at once: a run in progress stops where it is.
     QGuiApplication::setQuitOnLastWindowClosed(true);
     Symbols::preparaTemaIcone();
+    // Dates and sizes follow the user's locale; a session with none (the "C" locale of a bare system) gets
+    // Italian ones, the language of the whole interface, rather than English words among Italian texts.
+    if (QLocale::system().language() == QLocale::C)
+        QLocale::setDefault(QLocale(QLocale::Italian, QLocale::Italy));
+    // The desktop matches the windows to the menu entry, and its icon, by this name.
+    QGuiApplication::setDesktopFileName(QStringLiteral("com.velarmo.Brezzario"));
+    const QString disegno = Risorse::percorso(QStringLiteral("Media/brezzario.svg"));
+    QGuiApplication::setWindowIcon(
+        QIcon::fromTheme(QStringLiteral("com.velarmo.Brezzario"), disegno.isEmpty() ? QIcon() : QIcon(disegno)));
 }
 
 BrezzarioApp::BrezzarioApp(ApriArchivio apriArchivio) : m_settings(std::make_unique<SettingsStore>()) {
