@@ -7,6 +7,8 @@
 #include "engine/SendEngine.h"
 #include "screens/dashboard/SendDashboardView.h"
 #include "ui/Comandi.h"
+#include "ui/Dialoghi.h"
+#include "ui/Risorse.h"
 
 #include <QAction>
 #include <QApplication>
@@ -161,6 +163,10 @@ void MainWindow::creaMenu() {
 
     QMenu* aiuto = menuBar()->addMenu(tr("Aiuto"));
     aiuto->setObjectName(QStringLiteral("menuAiuto"));
+    QAction* guida = aiuto->addAction(tr("Guida di Brezzario"));
+    guida->setObjectName(QStringLiteral("azioneGuida"));
+    guida->setShortcuts(QKeySequence::HelpContents);
+    connect(guida, &QAction::triggered, this, &MainWindow::apriGuida);
     QAction* scorciatoie = aiuto->addAction(tr("Scorciatoie da tastiera"));
     scorciatoie->setObjectName(QStringLiteral("azioneScorciatoie"));
     connect(scorciatoie, &QAction::triggered, this,
@@ -177,8 +183,22 @@ QString MainWindow::testoScorciatoie() {
     righe.append(tr("Canc\tElimina la lista, il modello o la campagna scelti nella colonna a sinistra"));
     righe.append(tr("Ctrl+Maiusc+S\tSimula una spedizione"));
     righe.append(tr("Ctrl+,\tImpostazioni"));
+    righe.append(tr("F1\tGuida di Brezzario"));
     righe.append(tr("Esc\tChiude la finestra in primo piano (anteprima, importazione, cruscotto)"));
     return righe.join(u'\n');
+}
+
+void MainWindow::apriGuida() {
+    const QString indice = Risorse::percorso(QStringLiteral("guida/index.html"));
+    if (indice.isEmpty()) {
+        Dialoghi::avviso(this, tr("Guida di Brezzario"),
+                         tr("La guida non si trova tra i file del programma. Installa di nuovo Brezzario per "
+                            "averla."));
+        return;
+    }
+    if (!QDesktopServices::openUrl(QUrl::fromLocalFile(indice)))
+        Dialoghi::avviso(this, tr("Guida di Brezzario"),
+                         tr("Il browser non si è aperto. La guida si trova qui:\n%1").arg(indice));
 }
 
 void MainWindow::vaiA(Sezione sezione) {
