@@ -5,6 +5,7 @@
 #include "screens/templates/PreviewModel.h"
 #include "screens/templates/Stile.h"
 #include "settings/SettingsStore.h"
+#include "ui/OrdineTab.h"
 #include "ui/Palette.h"
 #include "ui/Rinfresco.h"
 #include "ui/Riquadri.h"
@@ -96,6 +97,7 @@ PreviewSheet::PreviewSheet(MessageTemplate modello, std::optional<ContactList> l
     m_corpo->addWidget(m_anteprima);
     m_corpo->addWidget(m_testoSorgente);
     colonna->addWidget(m_corpo, 1);
+    OrdineTab::subitoDopo(m_righeCombo, m_anteprima);
 
     colonna->addWidget(creaProva());
 
