@@ -96,7 +96,7 @@ QWidget* MainWindow::creaSidebar() {
 }
 
 void MainWindow::creaMenu() {
-    QMenu* applicazione = menuBar()->addMenu(tr("Brezzario"));
+    QMenu* applicazione = menuBar()->addMenu(tr("&Brezzario"));
     applicazione->setObjectName(QStringLiteral("menuBrezzario"));
     QAction* informazioni = applicazione->addAction(tr("Informazioni su Brezzario"));
     informazioni->setObjectName(QStringLiteral("azioneInformazioni"));
@@ -125,7 +125,7 @@ void MainWindow::creaMenu() {
     esci->setShortcuts(QKeySequence::Quit);
     connect(esci, &QAction::triggered, qApp, &QApplication::closeAllWindows);
 
-    QMenu* vista = menuBar()->addMenu(tr("Vista"));
+    QMenu* vista = menuBar()->addMenu(tr("&Vista"));
     vista->setObjectName(QStringLiteral("menuVista"));
     // Each section is a key away: Ctrl+1 to Ctrl+6, in the sidebar's order.
     int numero = 0;
@@ -161,7 +161,7 @@ void MainWindow::creaMenu() {
     simula->setShortcutContext(Qt::ApplicationShortcut);
     connect(simula, &QAction::triggered, this, &MainWindow::avviaSimulazione);
 
-    QMenu* aiuto = menuBar()->addMenu(tr("Aiuto"));
+    QMenu* aiuto = menuBar()->addMenu(tr("&Aiuto"));
     aiuto->setObjectName(QStringLiteral("menuAiuto"));
     QAction* guida = aiuto->addAction(tr("Guida di Brezzario"));
     guida->setObjectName(QStringLiteral("azioneGuida"));
@@ -169,8 +169,7 @@ void MainWindow::creaMenu() {
     connect(guida, &QAction::triggered, this, &MainWindow::apriGuida);
     QAction* scorciatoie = aiuto->addAction(tr("Scorciatoie da tastiera"));
     scorciatoie->setObjectName(QStringLiteral("azioneScorciatoie"));
-    connect(scorciatoie, &QAction::triggered, this,
-            [this] { QMessageBox::information(this, tr("Scorciatoie da tastiera"), testoScorciatoie()); });
+    connect(scorciatoie, &QAction::triggered, this, &MainWindow::mostraScorciatoie);
 }
 
 QString MainWindow::testoScorciatoie() {
@@ -186,6 +185,22 @@ QString MainWindow::testoScorciatoie() {
     righe.append(tr("F1\tGuida di Brezzario"));
     righe.append(tr("Esc\tChiude la finestra in primo piano (anteprima, importazione, cruscotto)"));
     return righe.join(u'\n');
+}
+
+void MainWindow::mostraScorciatoie() {
+    // Keys in one column, what they do in the other, however long the explanation.
+    // The title stands in the body too: a window manager may show none.
+    QString tabella = QStringLiteral("<p><b>%1</b></p><table cellspacing=\"0\" cellpadding=\"3\">")
+                          .arg(tr("Scorciatoie da tastiera").toHtmlEscaped());
+    for (const QString& riga : testoScorciatoie().split(u'\n')) {
+        tabella += QStringLiteral("<tr><td style=\"padding-right: 18px\"><b>%1</b></td><td>%2</td></tr>")
+                       .arg(riga.section(u'\t', 0, 0).toHtmlEscaped(), riga.section(u'\t', 1).toHtmlEscaped());
+    }
+    tabella += QStringLiteral("</table>");
+    QMessageBox box(QMessageBox::NoIcon, tr("Scorciatoie da tastiera"), tabella, QMessageBox::Ok, this);
+    box.setObjectName(QStringLiteral("finestraScorciatoie"));
+    box.setTextFormat(Qt::RichText);
+    box.exec();
 }
 
 void MainWindow::apriGuida() {
