@@ -7,6 +7,7 @@
 #include "engine/SendEngine.h"
 #include "records/Store.h"
 #include "Screenshot.h"
+#include "TempStore.h"
 #include "TestEnvironment.h"
 #include "ui/Comandi.h"
 #include "ui/Dialoghi.h"
@@ -217,15 +218,7 @@ private Q_SLOTS:
         auto app = apri();
         QVERIFY(app);
         Store& store = app->store();
-        ContactList lista(QStringLiteral("Clienti"), QStringLiteral("c.csv"), {"email"}, QStringLiteral("email"));
-        store.insert(lista);
-        MessageTemplate modello(QStringLiteral("Saldi"), QStringLiteral("Saldi"), QStringLiteral("<p>Saldi</p>"));
-        store.insert(modello);
-        Campaign campagna(QStringLiteral("Primavera"));
-        campagna.listId = lista.id;
-        campagna.templateId = modello.id;
-        store.insert(campagna);
-        store.save();
+        TestSupport::campagnaSuLista(store, {"anna@ditta.it"});
         MainWindow& finestra = app->finestraPrincipale();
         finestra.show();
         QVERIFY(QTest::qWaitForWindowActive(&finestra));

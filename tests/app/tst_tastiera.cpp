@@ -3,6 +3,7 @@
 #include "GiroTab.h"
 #include "MemoryKeychain.h"
 #include "Screenshot.h"
+#include "TempStore.h"
 #include "TestEnvironment.h"
 
 #include "app/BrezzarioApp.h"
@@ -82,22 +83,7 @@ bool TestTastiera::apri() {
     static int numero = 0;
     const QString percorso = m_cartella.filePath(QStringLiteral("archivio-%1.sqlite").arg(++numero));
     m_app = std::make_unique<BrezzarioApp>([percorso] { return Store::open(percorso); });
-    Store& store = m_app->store();
-    ContactList lista(QStringLiteral("Clienti"), QStringLiteral("clienti.csv"), {"email", "nome"},
-                      QStringLiteral("email"));
-    store.insert(lista);
-    QList<ContactRow> righe{ContactRow({{"email", "anna@ditta.it"}, {"nome", "Anna"}}, "anna@ditta.it"),
-                            ContactRow({{"email", "bruno@ditta.it"}, {"nome", "Bruno"}}, "bruno@ditta.it")};
-    store.insertRows(lista.id, righe);
-    MessageTemplate modello(QStringLiteral("Saldi"), QStringLiteral("Saldi per {{nome}}"),
-                            QStringLiteral("<p>Gentile {{nome}}</p>"));
-    store.insert(modello);
-    Campaign campagna(QStringLiteral("Primavera"));
-    campagna.listId = lista.id;
-    campagna.templateId = modello.id;
-    store.insert(campagna);
-    store.save();
-    m_campagna = campagna.id;
+    m_campagna = TestSupport::campagnaSuLista(m_app->store(), {"anna@ditta.it", "bruno@ditta.it"}).id;
     SMTPConfig config = m_app->settings().config();
     config.host = QStringLiteral("127.0.0.1");
     config.username = QStringLiteral("negozio@prova.example");

@@ -39,24 +39,16 @@ struct Archivio {
     Store& store;
     Campaign campagna;
 
-    explicit Archivio(int quanti, const QString& html = QStringLiteral("<p>Gentile {{nome}}</p>"))
-        : store(*temp.store) {
-        ContactList lista(QStringLiteral("Clienti"), QStringLiteral("clienti.csv"), {"email", "nome"},
-                          QStringLiteral("email"));
-        store.insert(lista);
-        QList<ContactRow> righe;
-        for (int i = 0; i < quanti; ++i) {
-            const QString email = QStringLiteral("cliente%1@ditta.it").arg(i);
-            righe.append(ContactRow({{"email", email}, {"nome", QStringLiteral("Cliente %1").arg(i)}}, email));
+    explicit Archivio(int quanti, const QString& html = QString()) : store(*temp.store) {
+        QStringList indirizzi;
+        for (int i = 0; i < quanti; ++i)
+            indirizzi.append(QStringLiteral("cliente%1@ditta.it").arg(i));
+        campagna = TestSupport::campagnaSuLista(store, indirizzi);
+        if (auto modello = store.find<MessageTemplate>(campagna.templateId); modello && !html.isEmpty()) {
+            modello->html = html;
+            store.update(*modello);
+            store.save();
         }
-        store.insertRows(lista.id, righe);
-        MessageTemplate modello(QStringLiteral("Saldi"), QStringLiteral("Saldi per {{nome}}"), html);
-        store.insert(modello);
-        campagna = Campaign(QStringLiteral("Primavera"));
-        campagna.listId = lista.id;
-        campagna.templateId = modello.id;
-        store.insert(campagna);
-        store.save();
     }
     // `quanti` logs of the given status for the first addresses, `oreFa` hours ago, under the profile "Brevo".
     void registra(int quanti, SendStatus stato, int oreFa, bool dellaCampagna) {
