@@ -8,10 +8,15 @@
 
 namespace TestSupport {
 
-// The widgets that Tab visits inside `modulo`, starting from `primo`, as a person pressing Tab meets them,
-// until the focus comes back round or leaves the form.
-inline QList<QWidget*> giroDelTab(QWidget* modulo, QWidget* primo) {
-    QList<QWidget*> visitati;
+// The round of Tab inside a form: the widgets it stops at, in order, and the one it could not leave, if any.
+struct Giro {
+    QList<QWidget*> tappe;
+    QWidget* trappola = nullptr;
+};
+
+// Presses Tab from `primo` as a person does, until the focus comes back round, leaves the form, or stays put.
+inline Giro giroDelTab(QWidget* modulo, QWidget* primo) {
+    Giro giro;
     primo->setFocus(Qt::TabFocusReason);
     QCoreApplication::processEvents();
     int dentroLaPagina = 0;
@@ -19,19 +24,24 @@ inline QList<QWidget*> giroDelTab(QWidget* modulo, QWidget* primo) {
         QWidget* attuale = QApplication::focusWidget();
         if (!attuale || !modulo->isAncestorOf(attuale))
             break;
-        // Inside a web page Tab first walks the page's own links and fields; only then does it leave.
-        const bool pagina = attuale->parentWidget() && attuale->parentWidget()->inherits("QWebEngineView");
-        if (visitati.contains(attuale) && !(pagina && attuale == visitati.last() && ++dentroLaPagina < 20))
-            break;
-        if (!visitati.contains(attuale)) {
-            visitati.append(attuale);
+        if (giro.tappe.contains(attuale)) {
+            // Inside a web page Tab first walks the page's own links and fields; only then does it leave.
+            const bool pagina = attuale->parentWidget() && attuale->parentWidget()->inherits("QWebEngineView");
+            if (attuale != giro.tappe.last())
+                break;
+            if (!pagina || ++dentroLaPagina >= 20) {
+                giro.trappola = attuale;
+                break;
+            }
+        } else {
+            giro.tappe.append(attuale);
             dentroLaPagina = 0;
         }
         QTest::keyClick(attuale, Qt::Key_Tab);
         // A web page hands the focus on after a round trip to its own process.
         (void)QTest::qWaitFor([attuale] { return QApplication::focusWidget() != attuale; }, 1000);
     }
-    return visitati;
+    return giro;
 }
 
 // Where each stop stands on the form: the visual rows of a form, top to bottom, then left to right; a column
