@@ -253,6 +253,10 @@ void PreviewSheet::inviaProva() {
         return;
     m_invioInCorso = true;
     m_esito.reset();
+    // The button hides while the message goes: the keyboard stays on the address rather than falling into the
+    // preview, where it would light a link that Enter then opens.
+    if (m_invia->hasFocus())
+        m_indirizzo->setFocus();
     aggiornaProva();
     QCoro::connect(invia(m_motore, m_modello, valoriCorrenti(), m_indirizzo->text().trimmed(), m_settings, m_store),
                    this, [this](const QString& esito) { concludiProva(esito); });

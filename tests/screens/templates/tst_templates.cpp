@@ -539,6 +539,8 @@ void TestTemplates::invioDiProva() {
     QVERIFY(foglio->findChild<QWidget*>(QStringLiteral("attesaProva"))->isVisible());
     QTRY_VERIFY_WITH_TIMEOUT(!foglio->invioInCorso(), 30000);
     QCOMPARE(foglio->esito().value_or(QString()), QStringLiteral("Messaggio di prova inviato a prova@ditta.it."));
+    // The clicked button hid during the send; the keyboard went back to the address, not into the preview.
+    QCOMPARE(QApplication::focusWidget(), foglio->findChild<QLineEdit*>(QStringLiteral("indirizzoProva")));
     auto* esito = foglio->findChild<QLabel*>(QStringLiteral("esitoProva"));
     QVERIFY(esito->isVisible());
     QVERIFY(esito->styleSheet().contains(Palette::css(Palette::colore(Colore::green))));
