@@ -247,5 +247,5 @@ void TestJourney::viaggio() {
     m_app.reset();
 }
 
-QTEST_MAIN(TestJourney)
+BREZZARIO_TEST_MAIN(TestJourney)
 #include "tst_journey.moc"

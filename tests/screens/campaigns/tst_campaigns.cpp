@@ -421,5 +421,5 @@ void TestCampaigns::pausaRipresaInterruzione() {
     QTRY_VERIFY(dettaglio->findChild<QPushButton*>(QStringLiteral("avvia"))->isVisible());
 }
 
-QTEST_MAIN(TestCampaigns)
+BREZZARIO_TEST_MAIN(TestCampaigns)
 #include "tst_campaigns.moc"
