@@ -15,18 +15,21 @@
 #include "screens/campaigns/CampaignsView.h"
 #include "screens/dashboard/SendDashboardView.h"
 #include "settings/Keychain.h"
+#include "settings/Preset.h"
 #include "settings/SettingsStore.h"
 #include "smtp/SMTPSession.h"
 #include "ui/Ambiente.h"
 #include "ui/Dialoghi.h"
 #include "ui/Formati.h"
 #include "ui/Rinfresco.h"
+#include "ui/Riquadri.h"
 
 #include <QApplication>
 #include <QLabel>
 #include <QListWidget>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
@@ -114,10 +117,15 @@ void TestCampaigns::initTestCase() {
     auto portachiavi = std::make_unique<MemoryKeychain>();
     m_segreti = portachiavi->entries;
     Keychain::setBackend(std::move(portachiavi));
-    // The sender's domain publishes an MX and nothing else: no SPF, no DKIM, no DMARC.
+    // The sender's domain prova.example publishes an MX and nothing else: no SPF, no DKIM, no DMARC. ditta.it
+    // publishes all three, so a run from it shows no domain warning.
     m_nsd = std::make_unique<NsdServer>(QString::fromLatin1(Loopback::campaignsDns));
     QVERIFY2(m_nsd->start({{QStringLiteral("prova.example"), QStringLiteral("@ IN MX 10 mx\nmx IN A 192.0.2.7\n")},
-                           {QStringLiteral("ditta.it"), QStringLiteral("@ IN MX 10 mx\nmx IN A 192.0.2.8\n")}}),
+                           {QStringLiteral("ditta.it"),
+                            QStringLiteral("@ IN MX 10 mx\nmx IN A 192.0.2.8\n"
+                                           "@ IN TXT \"v=spf1 mx -all\"\n"
+                                           "mail._domainkey IN TXT \"v=DKIM1; k=rsa; p=MIGfMA0GCSqGSIb3\"\n"
+                                           "_dmarc IN TXT \"v=DMARC1; p=quarantine; rua=mailto:dmarc@ditta.it\"\n")}}),
              qPrintable(m_nsd->error()));
     Dig::setResolverForTests(QString::fromLatin1(Loopback::campaignsDns));
     SendEngine::setControlloDominiPerTest(QString::fromLatin1(Loopback::campaignsDns));
@@ -182,6 +190,63 @@ void TestCampaigns::letture() {
     QCOMPARE(l.esclusi, qsizetype(0));
     // A running engine holds every start back.
     QVERIFY(!CampaignReadings::leggi(archivio.campagna, archivio.store, brevo(limite), true).pronta);
+
+    // The screen shows the same readings, with the active profile on Brevo's relay and complete. The profile
+    // and its password go again afterwards: later tests start from a program never configured.
+    struct Ripristino {
+        QHash<MemoryKeychain::Key, QByteArray>& segreti;
+        ~Ripristino() {
+            QSettings(QStringLiteral("velarmo"), QStringLiteral("Brezzario")).clear();
+            segreti.clear();
+        }
+    } ripristino{*m_segreti};
+    SettingsStore settings;
+    const ProfiloAttivo profilo = brevo(limite);
+    SMTPConfig config = configPredefinita(Preset::brevo);
+    config.username = QStringLiteral("8a1b2c001@smtp-brevo.com");
+    config.fromName = QStringLiteral("Ferramenta Rossi");
+    config.fromEmail = profilo.fromEmail;
+    config.dailyLimit = limite;
+    settings.setConfig(config);
+    settings.setNomeProfiloAttivo(profilo.nome);
+    m_segreti->insert({Keychain::servizio, settings.accountCorrente()}, "xsmtpsib-prova");
+    Ambiente ambiente{settings, archivio.store};
+    CampaignsView vista(ambiente);
+    QVERIFY(mostra(vista));
+    vista.seleziona(archivio.campagna.id);
+    CampaignDetailView* dettaglio = vista.dettaglio();
+    QVERIFY(dettaglio->isVisible());
+    auto* avvia = dettaglio->findChild<QPushButton*>(QStringLiteral("avvia"));
+    QTEST(avvia->text(), "etichetta");
+    QTEST(avvia->isEnabled(), "pronta");
+    QTEST(riga(dettaglio, "quota"), "quota");
+    QTEST(riga(dettaglio, "attesa"), "attesa");
+    QVERIFY(!dettaglio->findChild<QWidget*>(QStringLiteral("nonConfigurato"))->isVisible());
+    // The sender's domain is checked as the detail appears; the picture waits for its verdict.
+    QTRY_VERIFY_WITH_TIMEOUT(dettaglio->findChild<QWidget*>(QStringLiteral("avvisoDominio"))->isVisible(), 20000);
+    const QString tag = QString::fromLatin1(QTest::currentDataTag()).replace(u' ', u'-');
+    TestSupport::salvaSchermata(&vista, QStringLiteral("campagne-letture-") + tag);
+
+    // The confirm dialog asks for what would go now, and "Annulla" starts nothing.
+    if (!avvia->isEnabled())
+        return;
+    const qsizetype registri = archivio.store.all<SendLog>().size();
+    QString titolo;
+    QTimer::singleShot(200, [&] {
+        auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        if (!box)
+            return;
+        titolo = box->text();
+        TestSupport::salvaSchermata(box, QStringLiteral("campagne-conferma-") + tag);
+        for (QAbstractButton* pulsante : box->buttons())
+            if (pulsante->text() == QStringLiteral("Annulla"))
+                pulsante->click();
+    });
+    QTest::mouseClick(avvia, Qt::LeftButton);
+    QCOMPARE(titolo, QStringLiteral("Inviare %1 messaggi?").arg(l.partiranno));
+    QVERIFY(!vista.motore()->isRunning());
+    QVERIFY(!dettaglio->cruscotto());
+    QCOMPARE(archivio.store.all<SendLog>().size(), registri);
 }
 
 // A deleted list: the banner, no recipients, no missing fields, and the counters of what was sent stay.
@@ -397,6 +462,19 @@ void TestCampaigns::pausaRipresaInterruzione() {
     QCOMPARE(pausa->text(), QStringLiteral("Pausa"));
     QVERIFY(!dettaglio->findChild<QPushButton*>(QStringLiteral("avvia"))->isVisible());
     QVERIFY(riga(dettaglio, "statoInvio").startsWith(QStringLiteral("Invio in corso: ")));
+    // The detail and the list follow the run within their refresh interval.
+    QTRY_VERIFY_WITH_TIMEOUT(dettaglio->letture().giaInviate >= 2, 5000);
+    // ditta.it is authenticated: once its check is back, no warning stands above the run.
+    QTRY_VERIFY_WITH_TIMEOUT(dettaglio->esitoDNS().has_value(), 20000);
+    QCOMPARE(dettaglio->esitoDNS()->dkim.caso, DNSCheck::Esito::ok);
+    QVERIFY(!dettaglio->findChild<QWidget*>(QStringLiteral("avvisoDominio"))->isVisible());
+    QTRY_VERIFY_WITH_TIMEOUT(vista.elenco()
+                                 ->itemWidget(vista.elenco()->item(0))
+                                 ->findChildren<QLabel*>()
+                                 .last()
+                                 ->text()
+                                 .startsWith(QStringLiteral("In corso")),
+                             5000);
     TestSupport::salvaSchermata(&vista, QStringLiteral("campagne-in-corso"));
 
     QTest::mouseClick(pausa, Qt::LeftButton);
@@ -407,6 +485,16 @@ void TestCampaigns::pausaRipresaInterruzione() {
     QTest::qWait(1500);
     QVERIFY2(motore.processed() <= inPausa + 1, qPrintable(QString::number(motore.processed() - inPausa)));
     const qint64 fermo = motore.processed();
+    // The dashboard opened again during the pause shows it, and offers to resume.
+    QTest::mouseClick(dettaglio->findChild<QPushButton*>(QStringLiteral("apriCruscotto")), Qt::LeftButton);
+    QTRY_VERIFY(dettaglio->cruscotto() && dettaglio->cruscotto()->isVisible());
+    SendDashboardView* cruscotto = dettaglio->cruscotto();
+    QCOMPARE(cruscotto->findChild<BadgeView*>(QStringLiteral("badgeStato"))->testo(), QStringLiteral("In pausa"));
+    QCOMPARE(cruscotto->findChild<QPushButton*>(QStringLiteral("pausa"))->text(), QStringLiteral("Riprendi"));
+    QCOMPARE(cruscotto->findChild<QPushButton*>(QStringLiteral("principale"))->text(), QStringLiteral("Nascondi"));
+    TestSupport::salvaSchermata(cruscotto, QStringLiteral("campagne-cruscotto-in-pausa"));
+    cruscotto->close();
+    QVERIFY(motore.isPaused());
     QTest::mouseClick(pausa, Qt::LeftButton);
     QVERIFY(!motore.isPaused());
     QTRY_VERIFY_WITH_TIMEOUT(motore.processed() > fermo, 10000);
