@@ -5,7 +5,7 @@ execute_process(COMMAND ${CMARK} --extension table --extension autolink --extens
 if(NOT esito EQUAL 0)
     message(FATAL_ERROR "cmark-gfm non ha convertito ${SORGENTE}")
 endif()
-string(REGEX REPLACE "href=\"([^\":]+)\\.md(#[^\"]*)?\"" "href=\"\\1.html\\2\"" corpo "${corpo}")
+string(REGEX REPLACE "href=\"([^\":]+)\\.md(#[^\"]*|)\"" "href=\"\\1.html\\2\"" corpo "${corpo}")
 set(titolo "Guida di Brezzario")
 if(corpo MATCHES "<h1>([^<]*)</h1>")
     set(titolo "${CMAKE_MATCH_1} — Guida di Brezzario")
