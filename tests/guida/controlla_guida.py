@@ -12,7 +12,6 @@ import re
 import subprocess
 import sys
 import tempfile
-import unicodedata
 
 IMMAGINI = "immagini"
 ORIGINE = "origine.txt"
@@ -22,7 +21,6 @@ COLLEGAMENTO = re.compile(r'(!?)\[((?:[^\[\]]|\[[^\]]*\])*)\]\(\s*<?([^)\s>]*)>?
 RECINTO = re.compile(r"^\s{0,3}(```|~~~)")
 CODICE_IN_LINEA = re.compile(r"`+[^`]*`+")
 ESTERNO = re.compile(r"^[a-zA-Z][a-zA-Z0-9+.-]*:")
-TITOLO = re.compile(r"^\s{0,3}#{1,6}\s+(.*?)\s*#*\s*$")
 
 
 def righe_di_testo(testo):
@@ -34,26 +32,6 @@ def righe_di_testo(testo):
             continue
         if not dentro:
             yield numero, CODICE_IN_LINEA.sub(lambda m: " " * len(m.group(0)), riga)
-
-
-def ancora(titolo):
-    """The identifier a heading gets, as GitHub's Markdown makes it."""
-    testo = re.sub(r"[*_`]", "", titolo).strip().lower()
-    testo = "".join(c for c in testo if c in " -" or unicodedata.category(c)[0] in "LNM" or c == "_")
-    return testo.replace(" ", "-")
-
-
-def ancore(testo):
-    viste = {}
-    risultato = set()
-    for _, riga in righe_di_testo(testo):
-        trovato = TITOLO.match(riga)
-        if trovato:
-            base = ancora(trovato.group(1))
-            n = viste.get(base, 0)
-            viste[base] = n + 1
-            risultato.add(base if n == 0 else f"{base}-{n}")
-    return risultato
 
 
 def leggi_origine(percorso):
@@ -109,17 +87,18 @@ def controlla_pagine(guida):
                     if not os.path.isfile(os.path.join(guida, percorso)):
                         errori.append(f"{dove}: picture {destinazione} does not exist")
                     continue
-                bersaglio = percorso or nome
-                if percorso and (os.path.dirname(percorso) or not percorso.endswith(".md")):
+                # The pages become HTML with no identifiers on their headings: a link can only name a page.
+                if frammento:
+                    errori.append(f"{dove}: link {destinazione} names a place in a page; link the page itself")
+                    continue
+                if os.path.dirname(percorso) or not percorso.endswith(".md"):
                     errori.append(f"{dove}: link {destinazione} is not a page of the guide")
                     continue
-                if bersaglio not in testi:
+                if percorso not in testi:
                     errori.append(f"{dove}: link {destinazione} points to no page")
                     continue
-                if frammento and frammento not in ancore(testi[bersaglio]):
-                    errori.append(f"{dove}: link {destinazione} points to no heading of {bersaglio}")
                 if nome == "index.md":
-                    dall_indice.add(bersaglio)
+                    dall_indice.add(percorso)
     for nome in pagine:
         if nome != "index.md" and "index.md" in testi and nome not in dall_indice:
             errori.append(f"{nome}: not in the table of contents of index.md")

@@ -25,8 +25,8 @@ def png(larghezza=80, altezza=60):
 
 INDICE = "# Guida\n\n1. [Primo avvio](01-primo-avvio.md)\n2. [Le liste](02-liste.md)\n"
 PRIMO = ("# Primo avvio\n\n## La finestra\n\n![La finestra vuota](immagini/finestra.png)\n\n"
-         "Poi leggi [le liste](02-liste.md#importare-un-file) e torna all'[indice](index.md).\n"
-         "Vedi anche [più sotto](#la-finestra) e il sito [esterno](https://www.nembrosa.example).\n")
+         "Poi leggi [le liste](02-liste.md) e torna all'[indice](index.md).\n"
+         "Vedi anche il sito [esterno](https://www.nembrosa.example/guida#inizio).\n")
 LISTE = "# Le liste\n\n## Importare un file\n\n![Il foglio](immagini/foglio.png)\n"
 ORIGINE = ("# immagine | test | funzione | schermata\n"
            "finestra.png | test_journey | viaggio | viaggio-0-avvio\n"
@@ -66,12 +66,13 @@ class ControllaPagine(unittest.TestCase):
          "is not a PNG in immagini/"),
         ("picture without alternative text",
          con(**{"02-liste_md": LISTE.replace("[Il foglio]", "[ ]")}), "has no alternative text"),
-        ("link to a missing page", con(**{"01-primo-avvio_md": PRIMO.replace("02-liste.md#", "03-liste.md#")}),
-         "link 03-liste.md#importare-un-file points to no page"),
-        ("link to a missing heading", con(**{"01-primo-avvio_md": PRIMO.replace("#importare", "#esportare")}),
-         "points to no heading of 02-liste.md"),
-        ("anchor on the same page missing", con(**{"01-primo-avvio_md": PRIMO.replace("(#la-finestra)", "(#altro)")}),
-         "link #altro points to no heading of 01-primo-avvio.md"),
+        ("link to a missing page", con(**{"01-primo-avvio_md": PRIMO.replace("(02-liste.md)", "(03-liste.md)")}),
+         "link 03-liste.md points to no page"),
+        ("link to a heading of another page",
+         con(**{"01-primo-avvio_md": PRIMO.replace("(02-liste.md)", "(02-liste.md#importare-un-file)")}),
+         "link 02-liste.md#importare-un-file names a place in a page"),
+        ("link to a heading of the same page", con(**{"01-primo-avvio_md": PRIMO + "[Sopra](#la-finestra)\n"}),
+         "link #la-finestra names a place in a page"),
         ("link outside the guide", con(**{"01-primo-avvio_md": PRIMO + "[Leggimi](../../README.md)\n"}),
          "is not a page of the guide"),
         ("chapter not in the contents", con(**{"03-storico_md": "# Storico\n"}),
