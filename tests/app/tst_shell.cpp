@@ -17,10 +17,13 @@
 #include <QAction>
 #include <QApplication>
 #include <QDesktopServices>
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTimer>
@@ -344,6 +347,32 @@ private Q_SLOTS:
         else
             QTest::mouseClick(app->finestraPrincipale().findChild<QPushButton*>(oggetto), Qt::LeftButton);
         QCOMPARE(m_browser.aperti, QList<QUrl>{QUrl(indirizzo)});
+    }
+
+    // F1 opens the guide's first page, built beside the program, in the browser.
+    void guideOpensInTheBrowser() {
+        auto app = apri();
+        QVERIFY(app);
+        MainWindow& finestra = app->finestraPrincipale();
+        QVERIFY(QTest::qWaitForWindowActive(&finestra));
+        QDesktopServices::setUrlHandler(QStringLiteral("file"), &m_browser, "apri");
+        QTest::keyClick(&finestra, Qt::Key_F1);
+        QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
+        QCOMPARE(m_browser.aperti.size(), 1);
+        const QString pagina = m_browser.aperti.constFirst().toLocalFile();
+        QVERIFY2(pagina.endsWith(QStringLiteral("/share/brezzario/guida/index.html")), qPrintable(pagina));
+        QFile file(pagina);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QString html = QString::fromUtf8(file.readAll());
+        QVERIFY(html.contains(QStringLiteral("<title>Guida di Brezzario")));
+        // Its links lead to the chapters' own pages, and every one of them is there.
+        QRegularExpression collegamento(QStringLiteral("href=\"([^\":]+\\.html)\""));
+        int capitoli = 0;
+        for (auto trovato = collegamento.globalMatch(html); trovato.hasNext(); ++capitoli) {
+            const QString capitolo = QFileInfo(pagina).dir().filePath(trovato.next().captured(1));
+            QVERIFY2(QFile::exists(capitolo), qPrintable(capitolo));
+        }
+        QVERIFY(capitoli >= 10);
     }
 
     void titleBar_data() {
