@@ -375,6 +375,31 @@ private Q_SLOTS:
         QVERIFY(capitoli >= 10);
     }
 
+    void qtSpeaksItalian_data() {
+        QTest::addColumn<QString>("contesto");
+        QTest::addColumn<QString>("testo");
+        QTest::addColumn<QString>("atteso");
+        QTest::newRow("a panel's cancel button") << "QPlatformTheme"
+                                                 << "Cancel"
+                                                 << "Annulla";
+        QTest::newRow("the file panel's folder") << "QFileDialog"
+                                                 << "Look in:"
+                                                 << "Cerca in:";
+        QTest::newRow("the Shift key") << "QShortcut"
+                                       << "Shift"
+                                       << "Maiusc";
+        QTest::newRow("the Delete key") << "QShortcut"
+                                        << "Del"
+                                        << "Canc";
+    }
+    // Qt's own words in the panels and menus are Italian like the rest, whatever the system's language.
+    void qtSpeaksItalian() {
+        QFETCH(QString, contesto);
+        QFETCH(QString, testo);
+        QFETCH(QString, atteso);
+        QCOMPARE(QCoreApplication::translate(qPrintable(contesto), qPrintable(testo)), atteso);
+    }
+
     void titleBar_data() {
         QTest::addColumn<QString>("cartellaLogo"); // where the picture lies; empty: nowhere
         QTest::newRow("no picture") << QString();
