@@ -94,6 +94,7 @@ private Q_SLOTS:
     void unMessaggioEdElimina();
     void daCapoAFine();
     void pausaRipresaInterruzione();
+    void corsaOltreLaSchermata();
 
 private:
     // The screen shown, its engine's sessions trusting the test authority.
@@ -507,6 +508,58 @@ void TestCampaigns::pausaRipresaInterruzione() {
     QTRY_COMPARE(dettaglio->letture().daContattare, qsizetype(restano));
     QCOMPARE(dettaglio->letture().etichettaAvvio, QStringLiteral("Riprendi invio (%1)").arg(restano));
     QTRY_VERIFY(dettaglio->findChild<QPushButton*>(QStringLiteral("avvia"))->isVisible());
+}
+
+// The user leaves the section during a run and comes back: the run goes on with the engine of the screen that
+// is gone, and the screen made afresh holds the start back until it ends, so nobody gets the message twice.
+void TestCampaigns::corsaOltreLaSchermata() {
+    AiosmtpdServer server(AiosmtpdServer::withTls(m_ca, QString::fromLatin1(Loopback::campaignsSmtp)));
+    QVERIFY2(server.start(), qPrintable(server.errorString()));
+    Archivio archivio(30);
+    SettingsStore settings;
+    SMTPConfig config = server.config();
+    config.fromEmail = QStringLiteral("negozio@ditta.it");
+    config.delayBetweenMessages = 0.3;
+    config.dailyLimit = 0;
+    config.verificaDomini = false;
+    settings.setConfig(config);
+    m_segreti->insert({Keychain::servizio, settings.accountCorrente()}, AiosmtpdServer::Options().password.toUtf8());
+    Ambiente ambiente{settings, archivio.store};
+    auto prima = std::make_unique<CampaignsView>(ambiente);
+    QVERIFY(mostra(*prima));
+    prima->seleziona(archivio.campagna.id);
+    Dialoghi::rispondiDomanda([](const QString&, const QString&) { return 0; });
+    prima->dettaglio()->chiediAvvio();
+    Dialoghi::rispondiDomanda({});
+    const std::shared_ptr<SendEngine> motore = prima->motore();
+    QTRY_VERIFY_WITH_TIMEOUT(motore->sent() >= 1, 20000);
+    prima->dettaglio()->cruscotto()->close();
+    prima.reset();
+    QVERIFY(motore->isRunning());
+
+    CampaignsView dopo(ambiente);
+    QVERIFY(mostra(dopo));
+    dopo.seleziona(archivio.campagna.id);
+    CampaignDetailView* dettaglio = dopo.dettaglio();
+    auto* avvia = dettaglio->findChild<QPushButton*>(QStringLiteral("avvia"));
+    QVERIFY(avvia->isVisible());
+    QVERIFY(!avvia->isEnabled());
+    QVERIFY(dettaglio->findChild<QWidget*>(QStringLiteral("altroInvio"))->isVisible());
+    TestSupport::salvaSchermata(&dopo, QStringLiteral("campagne-invio-in-secondo-piano"));
+    // Even asked directly, the new screen's engine sends nobody while the other run goes on.
+    QCoro::waitFor(dopo.motore()->run(*archivio.store.find<Campaign>(archivio.campagna.id), settings, archivio.store));
+    QCOMPARE(dopo.motore()->sent(), qint64(0));
+
+    motore->cancel();
+    QTRY_VERIFY_WITH_TIMEOUT(!motore->isRunning(), 10000);
+    QTRY_VERIFY_WITH_TIMEOUT(!dettaglio->findChild<QWidget*>(QStringLiteral("altroInvio"))->isVisible(), 5000);
+    const qint64 restano = 30 - qint64(server.messages().size());
+    QTRY_COMPARE(avvia->text(), QStringLiteral("Riprendi invio (%1)").arg(restano));
+    QVERIFY(avvia->isEnabled());
+    QStringList destinatari;
+    for (const auto& messaggio : server.messages())
+        destinatari += messaggio.rcptTos;
+    QCOMPARE(destinatari.size(), QSet<QString>(destinatari.cbegin(), destinatari.cend()).size());
 }
 
 BREZZARIO_TEST_MAIN(TestCampaigns)
