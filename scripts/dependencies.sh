@@ -7,12 +7,15 @@ build_packages=(
     build-essential cmake ninja-build ccache pkg-config
     qt6-base-dev qt6-base-dev-tools qt6-webengine-dev qt6-webchannel-dev
     qcoro-qt6-dev qtkeychain-qt6-dev libqt6sql6-sqlite qt6-image-formats-plugins libqt6svg6
-    adwaita-icon-theme libsecret-1-0 bind9-dnsutils libheif-dev libsqlite3-dev
+    adwaita-icon-theme libsecret-1-0 bind9-dnsutils libheif-dev libsqlite3-dev cmark-gfm
+    qt6-translations-l10n
 )
-# Real servers for the tests (SMTP, DNS, secret service), the test CA, and the benchmarks' peers.
+# Real servers for the tests (SMTP, DNS, secret service), the test CA, and the benchmarks' peers; Debian's
+# checks of the package and what starts the unpacked program on a display of its own.
 test_packages=(
     dbus gnome-keyring python3-aiosmtpd nsd openssl xvfb xauth fonts-dejavu-core postfix
     clang libclang-rt-14-dev
+    lintian desktop-file-utils appstream xdotool strace imagemagick
 )
 
 packages=("${build_packages[@]}")

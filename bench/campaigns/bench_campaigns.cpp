@@ -143,7 +143,6 @@ int corsa(const QString& percorso, const QString& host, int porta, int righe, in
 
 int main(int argc, char** argv) {
     QApplication app(argc, argv);
-    Q_INIT_RESOURCE(resources);
     BrezzarioApp::preparaApplicazione();
     const QStringList argomenti = app.arguments();
     const QString modo = argomenti.value(1);

@@ -17,7 +17,6 @@
 
 int main(int argc, char** argv) {
     QApplication app(argc, argv);
-    Q_INIT_RESOURCE(resources);
     BrezzarioApp::preparaApplicazione();
     const int destinatari = argc > 1 ? std::atoi(argv[1]) : 10000;
 

@@ -320,7 +320,6 @@ int corsa(const QString& percorso, const QString& host, int porta, int quanti, b
 
 int main(int argc, char** argv) {
     QApplication app(argc, argv);
-    Q_INIT_RESOURCE(resources);
     BrezzarioApp::preparaApplicazione();
     const QStringList argomenti = app.arguments();
     const QString modo = argomenti.value(1);

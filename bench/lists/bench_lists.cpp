@@ -193,7 +193,6 @@ int schermo(const QString& cartella) {
 
 int main(int argc, char** argv) {
     QApplication app(argc, argv);
-    Q_INIT_RESOURCE(resources);
     Symbols::preparaTemaIcone();
     if (argc >= 4 && QByteArray(argv[1]) == "import")
         return importa(QString::fromLocal8Bit(argv[2]), QString::fromLocal8Bit(argv[3]));

@@ -99,7 +99,6 @@ template <typename F> double stallo(F lavoro) {
 
 int main(int argc, char** argv) {
     QApplication app(argc, argv);
-    Q_INIT_RESOURCE(resources);
     const int giri = argc > 1 ? QString::fromLocal8Bit(argv[1]).toInt() : 5;
     QTemporaryDir cartella;
     auto store = Store::open(cartella.filePath(QStringLiteral("bench.sqlite")));

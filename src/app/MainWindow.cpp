@@ -7,6 +7,8 @@
 #include "engine/SendEngine.h"
 #include "screens/dashboard/SendDashboardView.h"
 #include "ui/Comandi.h"
+#include "ui/Dialoghi.h"
+#include "ui/Risorse.h"
 
 #include <QAction>
 #include <QApplication>
@@ -94,7 +96,7 @@ QWidget* MainWindow::creaSidebar() {
 }
 
 void MainWindow::creaMenu() {
-    QMenu* applicazione = menuBar()->addMenu(tr("Brezzario"));
+    QMenu* applicazione = menuBar()->addMenu(tr("&Brezzario"));
     applicazione->setObjectName(QStringLiteral("menuBrezzario"));
     QAction* informazioni = applicazione->addAction(tr("Informazioni su Brezzario"));
     informazioni->setObjectName(QStringLiteral("azioneInformazioni"));
@@ -123,7 +125,7 @@ void MainWindow::creaMenu() {
     esci->setShortcuts(QKeySequence::Quit);
     connect(esci, &QAction::triggered, qApp, &QApplication::closeAllWindows);
 
-    QMenu* vista = menuBar()->addMenu(tr("Vista"));
+    QMenu* vista = menuBar()->addMenu(tr("&Vista"));
     vista->setObjectName(QStringLiteral("menuVista"));
     // Each section is a key away: Ctrl+1 to Ctrl+6, in the sidebar's order.
     int numero = 0;
@@ -159,12 +161,15 @@ void MainWindow::creaMenu() {
     simula->setShortcutContext(Qt::ApplicationShortcut);
     connect(simula, &QAction::triggered, this, &MainWindow::avviaSimulazione);
 
-    QMenu* aiuto = menuBar()->addMenu(tr("Aiuto"));
+    QMenu* aiuto = menuBar()->addMenu(tr("&Aiuto"));
     aiuto->setObjectName(QStringLiteral("menuAiuto"));
+    QAction* guida = aiuto->addAction(tr("Guida di Brezzario"));
+    guida->setObjectName(QStringLiteral("azioneGuida"));
+    guida->setShortcuts(QKeySequence::HelpContents);
+    connect(guida, &QAction::triggered, this, &MainWindow::apriGuida);
     QAction* scorciatoie = aiuto->addAction(tr("Scorciatoie da tastiera"));
     scorciatoie->setObjectName(QStringLiteral("azioneScorciatoie"));
-    connect(scorciatoie, &QAction::triggered, this,
-            [this] { QMessageBox::information(this, tr("Scorciatoie da tastiera"), testoScorciatoie()); });
+    connect(scorciatoie, &QAction::triggered, this, &MainWindow::mostraScorciatoie);
 }
 
 QString MainWindow::testoScorciatoie() {
@@ -177,8 +182,38 @@ QString MainWindow::testoScorciatoie() {
     righe.append(tr("Canc\tElimina la lista, il modello o la campagna scelti nella colonna a sinistra"));
     righe.append(tr("Ctrl+Maiusc+S\tSimula una spedizione"));
     righe.append(tr("Ctrl+,\tImpostazioni"));
+    righe.append(tr("F1\tGuida di Brezzario"));
     righe.append(tr("Esc\tChiude la finestra in primo piano (anteprima, importazione, cruscotto)"));
     return righe.join(u'\n');
+}
+
+void MainWindow::mostraScorciatoie() {
+    // Keys in one column, what they do in the other, however long the explanation.
+    // The title stands in the body too: a window manager may show none.
+    QString tabella = QStringLiteral("<p><b>%1</b></p><table cellspacing=\"0\" cellpadding=\"3\">")
+                          .arg(tr("Scorciatoie da tastiera").toHtmlEscaped());
+    for (const QString& riga : testoScorciatoie().split(u'\n')) {
+        tabella += QStringLiteral("<tr><td style=\"padding-right: 18px\"><b>%1</b></td><td>%2</td></tr>")
+                       .arg(riga.section(u'\t', 0, 0).toHtmlEscaped(), riga.section(u'\t', 1).toHtmlEscaped());
+    }
+    tabella += QStringLiteral("</table>");
+    QMessageBox box(QMessageBox::NoIcon, tr("Scorciatoie da tastiera"), tabella, QMessageBox::Ok, this);
+    box.setObjectName(QStringLiteral("finestraScorciatoie"));
+    box.setTextFormat(Qt::RichText);
+    box.exec();
+}
+
+void MainWindow::apriGuida() {
+    const QString indice = Risorse::percorso(QStringLiteral("guida/index.html"));
+    if (indice.isEmpty()) {
+        Dialoghi::avviso(this, tr("Guida di Brezzario"),
+                         tr("La guida non si trova tra i file del programma. Installa di nuovo Brezzario per "
+                            "averla."));
+        return;
+    }
+    if (!QDesktopServices::openUrl(QUrl::fromLocalFile(indice)))
+        Dialoghi::avviso(this, tr("Guida di Brezzario"),
+                         tr("Il browser non si è aperto. La guida si trova qui:\n%1").arg(indice));
 }
 
 void MainWindow::vaiA(Sezione sezione) {

@@ -37,6 +37,10 @@ public:
     void avviaSimulazione();
     // The keys the window answers to, as the "Scorciatoie da tastiera" entry lists them.
     static QString testoScorciatoie();
+    // Shows the keys of `testoScorciatoie` in a table.
+    void mostraScorciatoie();
+    // Opens the guide installed with the program in the browser, or says where it went wrong.
+    void apriGuida();
     // For tests: a smaller or faster simulation than the menu's.
     void impostaSimulazione(int destinatari, double ritmo);
 

@@ -1,5 +1,7 @@
 #include "app/TitoloBarra.h"
 
+#include "ui/Risorse.h"
+
 #include <QFileInfo>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -11,7 +13,10 @@ const QString nomeLogo = QStringLiteral("brezzario-titolo.png");
 } // namespace
 
 QStringList TitoloBarra::cartelleLogo() {
-    return {QStringLiteral(":/Media"), QStringLiteral(":/")};
+    const QString radice = Risorse::radice();
+    if (radice.isEmpty())
+        return {};
+    return {radice + QStringLiteral("/Media"), radice};
 }
 
 QString TitoloBarra::cercaLogo(const QStringList& cartelle) {

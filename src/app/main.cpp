@@ -17,7 +17,6 @@ int main(int argc, char** argv) {
     QApplication::setOrganizationName(QStringLiteral("velarmo"));
     QApplication::setApplicationName(QStringLiteral("Brezzario"));
     QApplication::setApplicationVersion(QStringLiteral(BREZZARIO_VERSION));
-    Q_INIT_RESOURCE(resources);
     BrezzarioApp::preparaApplicazione();
 
     SingleInstance instance(QStandardPaths::writableLocation(QStandardPaths::AppDataLocation));

@@ -121,8 +121,12 @@ public:
     // --- Real runs ----------------------------------------------------------------------------------
     // Plans, connects and delivers one campaign; the end of the run is the return. Never fails: what
     // happened stands in the state. Returns at once when the engine is already running. The store and
-    // the settings must outlive the run; configuration and password are copied at its start.
+    // the settings must outlive the run; configuration and password are copied at its start. A campaign
+    // that another engine of the process is sending is refused with `lastError`: two runs of one campaign
+    // at once would both write to the recipients the first has not reached yet.
     QCoro::Task<> run(Campaign campaign, SettingsStore& settings, Store& store);
+    // Whether some engine of the process is sending this campaign now.
+    static bool campagnaInInvio(RecordId campagna);
     // One message to one address on a session of its own, leaving a log of the status `test`. Touches
     // none of the engine's state, so it may run beside a campaign. Returns the text for the user.
     QCoro::Task<QString> sendTest(MessageTemplate modello, RowValues values, QString to, SettingsStore& settings,

@@ -5,6 +5,8 @@
 
 #include <QCoro/QCoroTimer>
 
+#include <QSet>
+
 #include <chrono>
 
 namespace {
@@ -13,12 +15,45 @@ std::chrono::milliseconds millisecondi(double secondi) {
     return std::chrono::milliseconds(secondi > 0 ? qRound64(secondi * 1000.0) : 0);
 }
 
+// The campaigns being sent by any engine; the interface thread is the only one that runs them.
+QSet<RecordId>& campagneInInvio() {
+    static QSet<RecordId> campagne;
+    return campagne;
+}
+
+// Holds a campaign as being sent for as long as the run lasts.
+class Prenotazione {
+public:
+    explicit Prenotazione(RecordId campagna) : m_campagna(campagna) { campagneInInvio().insert(campagna); }
+    ~Prenotazione() { campagneInInvio().remove(m_campagna); }
+    Prenotazione(const Prenotazione&) = delete;
+    Prenotazione& operator=(const Prenotazione&) = delete;
+
+private:
+    RecordId m_campagna;
+};
+
 } // namespace
+
+bool SendEngine::campagnaInInvio(RecordId campagna) {
+    return campagneInInvio().contains(campagna);
+}
 
 QCoro::Task<> SendEngine::run(Campaign campaign, SettingsStore& settings, Store& store) {
     // An engine owned through a shared pointer stays alive until the run ends; one owned otherwise ends
     // the run at the first wake-up after it has gone.
     const std::shared_ptr<SendEngine> trattenuto = weak_from_this().lock();
+    if (isRunning())
+        co_return;
+    // The screen that started a run may be gone, its run going on: a screen made afresh must not start
+    // the same campaign a second time beside it.
+    if (campagnaInInvio(campaign.id)) {
+        const QString testo = tr("Questa campagna è già in invio: attendi che finisca, poi riprendila.");
+        setLastError(testo);
+        append(testo);
+        co_return;
+    }
+    const Prenotazione prenotazione(campaign.id);
     Corsa corsa(*this, store);
     if (co_await corsa.prepara(std::move(campaign), settings))
         co_await corsa.consegna();

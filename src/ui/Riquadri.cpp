@@ -144,6 +144,8 @@ NotaView::NotaView(const QString& simbolo, Colore colore, QWidget* genitore)
     m_immagine->setAlignment(Qt::AlignTop);
     m_testo->setObjectName(QStringLiteral("testo"));
     m_testo->setWordWrap(true);
+    // The first line stands beside the symbol however tall the row is made.
+    m_testo->setAlignment(Qt::AlignLeft | Qt::AlignTop);
     m_testo->setFont(carattereScalato(font(), 0.9));
     m_testo->setTextInteractionFlags(Qt::TextSelectableByMouse);
     setAspetto(simbolo, colore);

@@ -1,6 +1,7 @@
 #include "ui/Symbols.h"
 
-#include <QFile>
+#include "ui/Risorse.h"
+
 #include <QHash>
 #include <QPainter>
 #include <QPixmapCache>
@@ -25,10 +26,10 @@ constexpr Voce tabella[] = {
     {"nosign", "action-unavailable-symbolic"},
     {"gearshape.fill", "emblem-system-symbolic"},
     {"antenna.radiowaves.left.and.right", "network-wireless-hotspot-symbolic"},
-    {"checkmark.circle.fill", ":/Media/icons/checkmark.circle.fill.svg"},
+    {"checkmark.circle.fill", "@Media/icons/checkmark.circle.fill.svg"},
     {"xmark.octagon.fill", "dialog-error-symbolic"},
     {"minus.circle.fill", "list-remove-symbolic"},
-    {"minus.circle", ":/Media/icons/minus.circle.svg"},
+    {"minus.circle", "@Media/icons/minus.circle.svg"},
     {"clock.fill", "preferences-system-time-symbolic"},
     {"calendar.badge.clock", "x-office-calendar-symbolic"},
     {"exclamationmark.triangle.fill", "dialog-warning-symbolic"},
@@ -38,8 +39,8 @@ constexpr Voce tabella[] = {
     {"stop.fill", "media-playback-stop-symbolic"},
     {"square.and.arrow.up", "document-send-symbolic"},
     {"square.and.arrow.down", "document-open-symbolic"},
-    {"checkmark.circle", ":/Media/icons/checkmark.circle.svg"},
-    {"circle", ":/Media/icons/circle.svg"},
+    {"checkmark.circle", "@Media/icons/checkmark.circle.svg"},
+    {"circle", "@Media/icons/circle.svg"},
     {"exclamationmark.circle", "emblem-important-symbolic"},
     {"exclamationmark.triangle", "dialog-warning-symbolic"},
     {"trash", "user-trash-symbolic"},
@@ -103,13 +104,16 @@ QString nomeFreedesktop(const QString& simbolo) {
 
 QIcon icona(const QString& simbolo) {
     const QString nome = nomeFreedesktop(simbolo);
-    if (nome.startsWith(u':'))
-        return QIcon(nome);
+    // Drawings of our own are named by their place among the program's files.
+    if (nome.startsWith(u'@')) {
+        const QString file = Risorse::percorso(nome.mid(1));
+        return file.isEmpty() ? QIcon() : QIcon(file);
+    }
     if (!nome.isEmpty())
         return QIcon::fromTheme(nome);
     // Symbols the theme has no picture for are drawn by the program itself.
-    const QString proprio = QStringLiteral(":/Media/icons/%1.svg").arg(simbolo);
-    return QFile::exists(proprio) ? QIcon(proprio) : QIcon();
+    const QString proprio = Risorse::percorso(QStringLiteral("Media/icons/%1.svg").arg(simbolo));
+    return proprio.isEmpty() ? QIcon() : QIcon(proprio);
 }
 
 QPixmap pixmap(const QString& simbolo, const QColor& colore, int lato, qreal rapporto) {

@@ -1,7 +1,8 @@
 // A new user's whole journey through the real main window, section by section from the sidebar: a profile
-// and its connection test, a spreadsheet export, a template with fields and an attachment, a campaign run to
-// its end against a real server, the history, the excluded addresses, and the demo data put in and taken out
-// around the user's own.
+// and its connection test, a spreadsheet export, a template with fields, a picture, a button and an attachment,
+// its preview and a test send, a campaign run to its end against a real server, the history, the excluded
+// addresses, and the demo data put in and taken out around the user's own. The user guide's pictures of these
+// steps are this test's screenshots.
 #include "AiosmtpdServer.h"
 #include "Loopback.h"
 #include "MemoryKeychain.h"
@@ -18,9 +19,12 @@
 #include "screens/campaigns/CampaignsView.h"
 #include "screens/dashboard/SendDashboardView.h"
 #include "screens/editor/EditorController.h"
+#include "screens/editor/Popovers.h"
+#include "screens/editor/RichTextEditor.h"
 #include "screens/history/HistoryModel.h"
 #include "screens/history/HistoryView.h"
 #include "screens/lists/ImportSheet.h"
+#include "screens/lists/ListDetailView.h"
 #include "screens/lists/ListsView.h"
 #include "screens/settings/SettingsModel.h"
 #include "screens/settings/SettingsView.h"
@@ -32,12 +36,20 @@
 #include "ui/Dialoghi.h"
 #include "ui/Riquadri.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QLabel>
+#include <QLinearGradient>
 #include <QLineEdit>
+#include <QPainter>
 #include <QPushButton>
+#include <QScrollArea>
+#include <QSpinBox>
+#include <QTableView>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 #include <QToolButton>
 
 #include <algorithm>
@@ -46,6 +58,23 @@ namespace {
 
 template <class T> T* trova(QWidget* radice, const QString& nome) {
     return radice->findChild<T*>(nome);
+}
+
+// A wide picture of the kind a shop puts at the top of a message: a coloured band with a headline.
+QImage locandina(int larghezza, int altezza) {
+    QImage immagine(larghezza, altezza, QImage::Format_RGB32);
+    QPainter pittore(&immagine);
+    QLinearGradient sfondo(0, 0, larghezza, altezza);
+    sfondo.setColorAt(0, QColor(0x10, 0xa9, 0x9b));
+    sfondo.setColorAt(1, QColor(0x1a, 0x57, 0xdb));
+    pittore.fillRect(immagine.rect(), sfondo);
+    QFont carattere = pittore.font();
+    carattere.setPixelSize(altezza / 4);
+    carattere.setBold(true);
+    pittore.setFont(carattere);
+    pittore.setPen(Qt::white);
+    pittore.drawText(immagine.rect(), Qt::AlignCenter, QStringLiteral("Saldi di primavera"));
+    return immagine;
 }
 
 void digita(QLineEdit* campo, const QString& testo) {
@@ -87,7 +116,6 @@ private:
 };
 
 void TestJourney::initTestCase() {
-    Q_INIT_RESOURCE(resources);
     BrezzarioApp::preparaApplicazione();
     Keychain::setBackend(std::make_unique<MemoryKeychain>());
     m_nsd = std::make_unique<NsdServer>(QString::fromLatin1(Loopback::journeyDns));
@@ -111,6 +139,14 @@ void TestJourney::viaggio() {
     QVERIFY(QTest::qWaitForWindowExposed(&finestra));
     Store& store = m_app->store();
 
+    // 0. An empty program opens on the lists, with nothing chosen and the import a click away.
+    QCOMPARE(finestra.windowTitle(), QStringLiteral("Liste CSV"));
+    auto* iniziale = qobject_cast<ListsView*>(finestra.schermata());
+    QVERIFY(iniziale);
+    QVERIFY(trova<QWidget>(iniziale, QStringLiteral("nessunaLista"))->isVisible());
+    QVERIFY(trova<QPushButton>(iniziale, QStringLiteral("importaCSV"))->isEnabled());
+    foto(QStringLiteral("0-avvio"));
+
     // 1. A profile on the settings screen, and its connection test against the real server.
     auto* impostazioni = vai<SettingsView>("impostazioni");
     QVERIFY(impostazioni);
@@ -133,11 +169,16 @@ void TestJourney::viaggio() {
     config.delayBetweenMessages = 0; // the slider's own steps are tested with the settings screen
     m_app->settings().setConfig(config);
 
-    // 2. A spreadsheet export with a title row and an address the server refuses.
+    // 2. A spreadsheet export as Excel writes it: a title row and an empty one above the header, semicolons,
+    // a comma inside a name, a row without an address, and an address the server refuses.
     QFile file(m_cartella.filePath(QStringLiteral("clienti.csv")));
     QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write("Elenco clienti al 1 marzo;;\r\nNome;Email;Citta\r\nAnna;anna@ditta.it;Bari\r\n"
-               "Bruno;bruno@ditta.it;Lecce\r\nCarla;nessuno@ditta.it;Roma\r\n");
+    file.write(QStringLiteral("Elenco clienti al 1 marzo;;;\r\n;;;\r\nNome;Azienda;Email;Città\r\n"
+                              "Anna;Bianchi & Figli Snc;anna@ditta.it;Bari\r\n"
+                              "Bruno;\"Rossi, Verdi Srl\";bruno@ditta.it;Lecce\r\n"
+                              "Carla;Gallo Impianti;nessuno@ditta.it;Roma\r\n"
+                              "Dario;Ferri Costruzioni;;Roma\r\n")
+                   .toUtf8());
     file.close();
     auto* liste = vai<ListsView>("liste");
     QVERIFY(liste);
@@ -145,11 +186,25 @@ void TestJourney::viaggio() {
     QTest::mouseClick(trova<QPushButton>(liste, QStringLiteral("importaCSV")), Qt::LeftButton);
     Dialoghi::rispondiApertura({});
     QTRY_VERIFY(liste->foglio() && liste->foglio()->isVisible());
+    // The header found under the title (the empty row isn't counted), the address column by its name.
+    QCOMPARE(trova<QSpinBox>(liste->foglio(), QStringLiteral("rigaIntestazione"))->text(), QStringLiteral("riga 2"));
+    QCOMPARE(trova<QComboBox>(liste->foglio(), QStringLiteral("colonnaEmail"))->currentText(), QStringLiteral("Email"));
+    QCOMPARE(trova<QLabel>(liste->foglio(), QStringLiteral("piede"))->text(),
+             QStringLiteral("Verranno importati 3 destinatari validi."));
+    digita(trova<QLineEdit>(liste->foglio(), QStringLiteral("nomeLista")), QStringLiteral("Clienti di marzo"));
+    digita(trova<QLineEdit>(liste->foglio(), QStringLiteral("contrassegno")), QStringLiteral("clienti 2026"));
+    TestSupport::salvaSchermata(liste->foglio(), QStringLiteral("viaggio-2-importa"));
     QTest::mouseClick(trova<QPushButton>(liste->foglio(), QStringLiteral("importa")), Qt::LeftButton);
     QTRY_VERIFY(!liste->foglio());
     QCOMPARE(store.all<ContactList>().size(), 1);
     const ContactList lista = store.all<ContactList>().first();
+    QCOMPARE(lista.name, QStringLiteral("Clienti di marzo"));
+    QCOMPARE(lista.tag, QStringLiteral("clienti 2026"));
     QCOMPARE(store.rowCount(lista.id), 3);
+    // The new list is shown once its rows are read beside the window.
+    QVERIFY(liste->dettaglio());
+    QTRY_COMPARE(trova<QLabel>(liste->dettaglio(), QStringLiteral("conteggio"))->text(),
+                 QStringLiteral("3 destinatari validi su 3"));
     foto(QStringLiteral("2-lista"));
 
     // 3. A template with two fields from the side panel and an attachment; its preview on a row.
@@ -157,15 +212,63 @@ void TestJourney::viaggio() {
     QVERIFY(modelli);
     QTest::mouseClick(trova<QToolButton>(modelli, QStringLiteral("nuovoModello")), Qt::LeftButton);
     QTRY_VERIFY_WITH_TIMEOUT(modelli->editor()->isReady(), 30000);
-    digita(trova<QLineEdit>(modelli, QStringLiteral("oggetto")), QStringLiteral("Novità per voi"));
+    digita(trova<QLineEdit>(modelli, QStringLiteral("nomeModello")), QStringLiteral("Saldi di primavera"));
+    digita(trova<QLineEdit>(modelli, QStringLiteral("oggetto")), QStringLiteral("Offerte di primavera"));
+    QCOMPARE(store.all<MessageTemplate>().first().name, QStringLiteral("Saldi di primavera"));
     QTRY_VERIFY(trova<QWidget>(modelli, QStringLiteral("chip-Nome")));
+    // The text typed over the new template's, with two fields put at the caret from the side panel.
+    QWidget* pagina = modelli->findChild<RichTextEditor*>()->focusProxy();
+    QVERIFY(pagina);
+    QTest::mouseClick(pagina, Qt::LeftButton, {}, QPoint(120, 40));
+    QTest::keyClick(pagina, Qt::Key_A, Qt::ControlModifier);
+    // Keys reach the page a moment after they are sent: each chip waits for the text before it, as a person's
+    // click comes after the typing.
+    auto scritto = [&](const QString& parte) { return store.all<MessageTemplate>().first().html.contains(parte); };
+    QTest::keyClicks(pagina, QStringLiteral("Gentile "));
+    QTRY_VERIFY_WITH_TIMEOUT(scritto(QStringLiteral("Gentile")), 10000);
     QTest::mouseClick(trova<QAbstractButton>(modelli, QStringLiteral("chip-Nome")), Qt::LeftButton);
-    QTest::mouseClick(trova<QAbstractButton>(modelli, QStringLiteral("chip-Citta")), Qt::LeftButton);
-    QTRY_VERIFY_WITH_TIMEOUT(store.all<MessageTemplate>().first().html.contains(QStringLiteral("{{Citta}}")), 10000);
-    QVERIFY(store.all<MessageTemplate>().first().html.contains(QStringLiteral("{{Nome}}")));
+    QTRY_VERIFY_WITH_TIMEOUT(scritto(QStringLiteral("{{Nome}}")), 10000);
+    QTest::keyClick(pagina, Qt::Key_Comma);
+    QTest::keyClick(pagina, Qt::Key_Return);
+    QTest::keyClicks(pagina, QStringLiteral("per i nostri clienti di "));
+    QTRY_VERIFY_WITH_TIMEOUT(scritto(QStringLiteral("clienti di")), 10000);
+    QTest::mouseClick(trova<QAbstractButton>(modelli, QStringLiteral("chip-Città")), Qt::LeftButton);
+    QTRY_VERIFY_WITH_TIMEOUT(scritto(QStringLiteral("{{Città}}")), 10000);
+    QTest::keyClicks(pagina, QStringLiteral(" abbiamo preparato gli sconti di primavera, fino a fine mese."));
+    QTest::keyClick(pagina, Qt::Key_Return);
+    QTRY_VERIFY_WITH_TIMEOUT(store.all<MessageTemplate>().first().html.contains(QStringLiteral("fine mese.")), 10000);
+    const QString testo = store.all<MessageTemplate>().first().html;
+    QVERIFY2(testo.contains(QStringLiteral("Gentile&nbsp;{{Nome}},")), qPrintable(testo));
+    QVERIFY2(testo.contains(QStringLiteral("clienti di&nbsp;{{Città}} abbiamo")), qPrintable(testo));
+    QVERIFY2(!testo.contains(QStringLiteral("scrivi qui")), qPrintable(testo));
+    // A picture from the toolbar, made smaller and stored in the template itself.
+    const QString locandinaSaldi = m_cartella.filePath(QStringLiteral("saldi.png"));
+    QVERIFY(locandina(2400, 600).save(locandinaSaldi));
+    Dialoghi::rispondiApertura([&] { return locandinaSaldi; });
+    QTest::mouseClick(trova<QToolButton>(modelli, QStringLiteral("immagine")), Qt::LeftButton);
+    Dialoghi::rispondiApertura({});
+    QTRY_VERIFY_WITH_TIMEOUT(
+        store.all<MessageTemplate>().first().html.contains(QStringLiteral("<img src=\"data:image/")), 10000);
+    // A button from its window, filled in as a person does.
+    QTimer::singleShot(0, [] {
+        auto* finestra = qobject_cast<ButtonPopover*>(QApplication::activeModalWidget());
+        if (!finestra)
+            return;
+        digita(finestra->url(), QStringLiteral("https://www.ditta.example/saldi"));
+        digita(finestra->etichetta(), QStringLiteral("Guarda le offerte"));
+        TestSupport::salvaSchermata(finestra, QStringLiteral("viaggio-3-pulsante"));
+        QTest::mouseClick(finestra->inserisci(), Qt::LeftButton);
+    });
+    QTest::mouseClick(trova<QToolButton>(modelli, QStringLiteral("bottone")), Qt::LeftButton);
+    QTRY_VERIFY_WITH_TIMEOUT(
+        store.all<MessageTemplate>().first().html.contains(QStringLiteral("href=\"https://www.ditta.example/saldi\"")),
+        10000);
+    const QString corpo = store.all<MessageTemplate>().first().html;
+    QVERIFY2(corpo.contains(QStringLiteral("<table role=\"presentation\"")), qPrintable(corpo));
+    QVERIFY2(corpo.contains(QStringLiteral(">Guarda le offerte</a>")), qPrintable(corpo));
     QFile listino(m_cartella.filePath(QStringLiteral("listino.pdf")));
     QVERIFY(listino.open(QIODevice::WriteOnly));
-    listino.write("%PDF-1.4 listino di primavera");
+    listino.write("%PDF-1.4 listino di primavera" + QByteArray(48000, ' '));
     listino.close();
     Dialoghi::rispondiAperturaMultipla([&] { return QStringList{listino.fileName()}; });
     QTest::mouseClick(trova<QToolButton>(modelli, QStringLiteral("aggiungiAllegati")), Qt::LeftButton);
@@ -176,6 +279,21 @@ void TestJourney::viaggio() {
     QTRY_VERIFY(modelli->anteprima()->corpoRenderizzato().contains(QStringLiteral("Anna")));
     QTest::qWait(800); // the web view paints the page a moment after it has it
     TestSupport::salvaSchermata(modelli->anteprima(), QStringLiteral("viaggio-3-anteprima"));
+    // The test send: one real message to the user's own address, through the real server.
+    const SMTPSession::Options sessioneProva = AiosmtpdServer::sessionOptions(&m_ca);
+    modelli->anteprima()->motore()->setFabbricaSessionePerTest([sessioneProva](const SMTPConfig& c, const QString& p) {
+        return std::make_unique<SMTPSession>(c, p, sessioneProva);
+    });
+    auto* indirizzoProva = trova<QLineEdit>(modelli->anteprima(), QStringLiteral("indirizzoProva"));
+    indirizzoProva->setFocus();
+    QTest::keyClicks(indirizzoProva, QStringLiteral("titolare@ditta.it"));
+    QTest::mouseClick(trova<QPushButton>(modelli->anteprima(), QStringLiteral("inviaProva")), Qt::LeftButton);
+    QTRY_VERIFY_WITH_TIMEOUT(!modelli->anteprima()->invioInCorso(), 30000);
+    QCOMPARE(modelli->anteprima()->esito().value_or(QString()),
+             QStringLiteral("Messaggio di prova inviato a titolare@ditta.it."));
+    QCOMPARE(server.messages().size(), 1);
+    QCOMPARE(server.messages().first().rcptTos, QStringList{"titolare@ditta.it"});
+    TestSupport::salvaSchermata(modelli->anteprima(), QStringLiteral("viaggio-3-prova"));
     modelli->anteprima()->close();
     foto(QStringLiteral("3-modello"));
 
@@ -195,13 +313,13 @@ void TestJourney::viaggio() {
     QVERIFY(dettaglio->cruscotto());
     TestSupport::salvaSchermata(dettaglio->cruscotto(), QStringLiteral("viaggio-4-cruscotto"));
     dettaglio->cruscotto()->close();
-    QCOMPARE(server.messages().size(), 2);
+    QCOMPARE(server.messages().size(), 3); // the test and two of the three
     foto(QStringLiteral("4-campagna"));
 
     // 5. Every outcome in the history, the refused address excluded, each row's last outcome.
     auto* storico = vai<HistoryView>("storico");
     QVERIFY(storico);
-    QTRY_COMPARE(storico->modello()->righe(), qint64(3));
+    QTRY_COMPARE(storico->modello()->righe(), qint64(4));
     foto(QStringLiteral("5-storico"));
     vai<QWidget>("esclusi");
     const QList<Suppression> esclusi = store.all<Suppression>();
@@ -226,21 +344,49 @@ void TestJourney::viaggio() {
     QTest::mouseClick(trova<QPushButton>(impostazioni, QStringLiteral("esempioScenario")), Qt::LeftButton);
     QCOMPARE(store.all<ContactList>().size(), 2);
     QCOMPARE(store.all<Campaign>().size(), 2);
-    QCOMPARE(store.all<SendLog>().size(), 23);
+    QCOMPARE(store.all<SendLog>().size(), 24);
     QCOMPARE(store.all<Suppression>().size(), 8);
+    auto* esitoEsempio = trova<QLabel>(impostazioni, QStringLiteral("esitoEsempio"));
+    QCOMPARE(esitoEsempio->text(), QStringLiteral("Creata la campagna \"Presentazione di primavera (esempio)\" con 20 "
+                                                  "invii nello storico e 7 esclusi dimostrativi."));
+    impostazioni->scorrimento()->ensureWidgetVisible(esitoEsempio, 0, 160);
+    foto(QStringLiteral("7-scenario-impostazioni"));
     storico = vai<HistoryView>("storico");
-    QTRY_COMPARE(storico->modello()->righe(), qint64(23));
+    QTRY_COMPARE(storico->modello()->righe(), qint64(24));
     foto(QStringLiteral("7-scenario-storico"));
+    // The demo's excluded addresses under their kinds, beside the user's own; one read in detail.
+    vai<QWidget>("esclusi");
+    auto* tabellaEsclusi = trova<QTableView>(&finestra, QStringLiteral("tabellaEsclusi"));
+    QTRY_COMPARE(tabellaEsclusi->model()->rowCount(), 8);
+    for (const char* tipo :
+         {"casellaInesistente", "dominioInesistente", "dominioSenzaPosta", "rifiutatoDalServer", "importato"})
+        QTRY_VERIFY2(trova<QWidget>(&finestra, QStringLiteral("riquadro-") + QLatin1String(tipo))->isVisible(), tipo);
+    const QString motivoDemo =
+        QStringLiteral("rifiutato dal server: 550 5.1.1 Recipient address rejected: User unknown");
+    int scelta = -1;
+    for (int riga = 0; riga < tabellaEsclusi->model()->rowCount(); ++riga)
+        if (tabellaEsclusi->model()->index(riga, 0).data().toString() != QStringLiteral("nessuno@ditta.it") &&
+            tabellaEsclusi->model()->index(riga, 1).data().toString() == QStringLiteral("Casella inesistente"))
+            scelta = riga;
+    QVERIFY(scelta >= 0);
+    tabellaEsclusi->selectRow(scelta);
+    QTRY_VERIFY(trova<QWidget>(&finestra, QStringLiteral("togliEscluso"))->isVisible());
+    QCOMPARE(trova<QLabel>(&finestra, QStringLiteral("rispostaDettaglio"))->text(), motivoDemo);
+    QVERIFY(trova<QLabel>(&finestra, QStringLiteral("avvisoDettaglio"))->isVisible());
+    foto(QStringLiteral("7-scenario-esclusi"));
     vai<QWidget>("campagne");
     foto(QStringLiteral("7-scenario-campagne"));
     impostazioni = vai<SettingsView>("impostazioni");
     QTest::mouseClick(trova<QPushButton>(impostazioni, QStringLiteral("esempioRimuovi")), Qt::LeftButton);
+    // One campaign (its 20 logs go with it), one list, one template and 7 excluded addresses.
+    QCOMPARE(trova<QLabel>(impostazioni, QStringLiteral("esitoEsempio"))->text(),
+             QStringLiteral("Rimossi 10 elementi dimostrativi. I dati veri non sono stati toccati."));
     QCOMPARE(store.all<ContactList>().size(), 1);
     QCOMPARE(store.all<ContactList>().first().id, lista.id);
     QCOMPARE(store.rowCount(lista.id), 3);
     QCOMPARE(store.all<MessageTemplate>().size(), 1);
     QCOMPARE(store.all<Campaign>().size(), 1);
-    QCOMPARE(store.all<SendLog>().size(), 3);
+    QCOMPARE(store.all<SendLog>().size(), 4);
     QCOMPARE(store.suppressedEmails(), QSet<QString>{"nessuno@ditta.it"});
     vai<QWidget>("liste");
     QTest::qWait(500); // the lists' progress is read beside the window
@@ -248,5 +394,5 @@ void TestJourney::viaggio() {
     m_app.reset();
 }
 
-QTEST_MAIN(TestJourney)
+BREZZARIO_TEST_MAIN(TestJourney)
 #include "tst_journey.moc"

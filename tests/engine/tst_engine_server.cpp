@@ -366,6 +366,14 @@ void TestEngine::pausaEStop() {
     QCoro::waitFor(engine.run(scena.campagna(), scena.settings, scena.store));
     QCOMPARE(engine.sent(), fermi);
     QVERIFY(engine.isRunning());
+    // Nor does another engine, as a campaigns screen made afresh has: it says why and sends nobody.
+    auto altro = std::make_shared<SendEngine>();
+    QVERIFY(SendEngine::campagnaInInvio(scena.campaign.id));
+    QCoro::waitFor(altro->run(scena.campagna(), scena.settings, scena.store));
+    QVERIFY(!altro->isRunning());
+    QCOMPARE(altro->lastError(), std::optional<QString>(QStringLiteral(
+                                     "Questa campagna è già in invio: attendi che finisca, poi riprendila.")));
+    QCOMPARE(server->messages().size(), fermi);
 
     engine.setPaused(false);
     QTRY_VERIFY(engine.sent() > fermi);
@@ -379,6 +387,7 @@ void TestEngine::pausaEStop() {
     // One connection all along: the pause didn't close it and nothing reconnected.
     QCOMPARE(server->authAttempts().size(), 1);
 
+    QVERIFY(!SendEngine::campagnaInInvio(scena.campaign.id));
     const qint64 primaCorsa = engine.sent();
     scena.corri();
     QCOMPARE(engine.sent(), 6 - primaCorsa);

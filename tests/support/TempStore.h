@@ -16,3 +16,11 @@ struct TempStore {
     QTemporaryDir dir;
     std::unique_ptr<Store> store;
 };
+
+namespace TestSupport {
+
+// A list "Clienti" with one row for each address (columns "email" and "nome", the name "Cliente N"), the
+// template "Saldi" using the name, and the draft campaign "Primavera" joining them, saved; gives the campaign.
+Campaign campagnaSuLista(Store& store, const QStringList& indirizzi);
+
+} // namespace TestSupport

@@ -243,6 +243,11 @@ QWidget* CampaignDetailView::creaComandi() {
     m_nonConfigurato->setObjectName(QStringLiteral("nonConfigurato"));
     m_nonConfigurato->setTesto(tr("SMTP non configurato"));
     colonnaFermo->addWidget(m_nonConfigurato);
+    m_altroInvio = new NotaView(QStringLiteral("clock.fill"), Colore::secondary, fermo);
+    m_altroInvio->setObjectName(QStringLiteral("altroInvio"));
+    m_altroInvio->setTesto(tr("L'invio di questa campagna prosegue in secondo piano: segui l'avanzamento in Storico "
+                              "invii. Potrai riprenderla quando sarà finito."));
+    colonnaFermo->addWidget(m_altroInvio);
     m_comandi->addWidget(fermo);
 
     auto* inCorso = new QWidget(m_comandi);
@@ -331,7 +336,10 @@ void CampaignDetailView::imposta(const Campaign& campagna, const QList<ContactLi
 
 void CampaignDetailView::aggiornaLetture() {
     const ProfiloAttivo attivo = profilo();
-    m_letture = CampaignReadings::leggi(m_campagna, m_ambiente.store, attivo, m_motore->isRunning());
+    // A run started before the user left the section goes on with an engine of its own: it holds the start
+    // back as this screen's own run would.
+    const bool altroInvio = !m_motore->isRunning() && SendEngine::campagnaInInvio(m_campagna.id);
+    m_letture = CampaignReadings::leggi(m_campagna, m_ambiente.store, attivo, m_motore->isRunning() || altroInvio);
 
     m_bannerTitolo->parentWidget()->setVisible(m_letture.riferimentiRotti);
     if (attivo.fromEmail.isEmpty()) {
@@ -366,6 +374,7 @@ void CampaignDetailView::aggiornaLetture() {
     m_avvia->setText(m_letture.etichettaAvvio);
     m_avvia->setEnabled(m_letture.pronta);
     m_nonConfigurato->setVisible(!attivo.configurato);
+    m_altroInvio->setVisible(altroInvio);
     aggiornaMotore();
 }
 

@@ -98,6 +98,7 @@ private:
     QLabel* m_ultimoErrore;
     QPushButton* m_anteprima;
     QPushButton* m_avvia;
+    NotaView* m_altroInvio;
     NotaView* m_nonConfigurato;
     QLabel* m_statoInvio;
     QProgressBar* m_progresso;

@@ -69,7 +69,7 @@ RichTextEditor::RichTextEditor(EditorController* controller, const QString& init
     m_canale->registerObject(QStringLiteral("editor"), m_coordinator);
 
     const QString percorso = percorsoPagina(radice);
-    const QUrl indirizzo = percorso.isEmpty() ? QUrl() : QUrl(QStringLiteral("qrc") + percorso);
+    const QUrl indirizzo = percorso.isEmpty() ? QUrl() : QUrl::fromLocalFile(percorso);
     auto* pagina = new PaginaEditor(indirizzo, this);
     pagina->setWebChannel(m_canale);
     // The page paints its own white sheet; a transparent view shows nothing on some X servers.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ui/Risorse.h"
+
 #include "records/RecordId.h"
 
 #include <QJsonValue>
@@ -36,11 +38,11 @@ public:
     using Coordinator = EditorCoordinator;
 
     // The page is looked up in `radice` + "/Editor", then in `radice` itself; with neither the editor
-    // stays blank. The resources of the program are the usual root.
+    // stays blank. The program's own files are the usual root.
     RichTextEditor(EditorController* controller, const QString& initialHTML, RecordId proprietario,
-                   QWidget* genitore = nullptr, const QString& radice = QStringLiteral(":"));
+                   QWidget* genitore = nullptr, const QString& radice = Risorse::radice());
 
-    // The page file in the resources, or an empty text when there is none.
+    // The page file under the root, or an empty text when there is none.
     static QString percorsoPagina(const QString& radice);
 
     void setOnChange(OnChange onChange);

@@ -35,6 +35,8 @@ HistoryView::HistoryView(Ambiente& ambiente, QWidget* genitore) : QWidget(genito
 
     m_tabella = new QTableView(this);
     m_tabella->setObjectName(QStringLiteral("tabellaStorico"));
+    // Tab goes on to the next field; the arrows move within the table.
+    m_tabella->setTabKeyNavigation(false);
     m_tabella->setModel(m_modello);
     m_tabella->setSelectionBehavior(QAbstractItemView::SelectRows);
     m_tabella->setSelectionMode(QAbstractItemView::ExtendedSelection);

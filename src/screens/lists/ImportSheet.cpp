@@ -187,6 +187,8 @@ QWidget* ImportSheet::creaAnteprima() {
     m_griglia = new QStandardItemModel(this);
     m_anteprima = new QTableView(pannello);
     m_anteprima->setObjectName(QStringLiteral("anteprima"));
+    // Tab goes on to the next field; the arrows move within the table.
+    m_anteprima->setTabKeyNavigation(false);
     m_anteprima->setModel(m_griglia);
     m_anteprima->setEditTriggers(QAbstractItemView::NoEditTriggers);
     m_anteprima->setSelectionMode(QAbstractItemView::NoSelection);

@@ -38,6 +38,8 @@ ListDetailView::ListDetailView(Store& store, RecordId lista, QWidget* genitore)
 
     m_tabella = new QTableView(this);
     m_tabella->setObjectName(QStringLiteral("destinatari"));
+    // Tab goes on to the next field; the arrows move within the table.
+    m_tabella->setTabKeyNavigation(false);
     m_tabella->setModel(m_modello);
     m_tabella->setSelectionBehavior(QAbstractItemView::SelectRows);
     m_tabella->setSelectionMode(QAbstractItemView::ExtendedSelection);

@@ -74,6 +74,8 @@ SettingsView::SettingsView(Ambiente ambiente, QWidget* genitore)
     m_scorrimento->setObjectName(QStringLiteral("scorrimentoImpostazioni"));
     m_scorrimento->setWidgetResizable(true);
     m_scorrimento->setFrameShape(QFrame::NoFrame);
+    // Tab goes to the fields, which the area keeps in sight; the area itself is no stop.
+    m_scorrimento->setFocusPolicy(Qt::NoFocus);
     m_scorrimento->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     esterno->addWidget(m_scorrimento);
 

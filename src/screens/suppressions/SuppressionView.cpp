@@ -73,6 +73,8 @@ SuppressionView::SuppressionView(Ambiente& ambiente, QWidget* genitore) : QWidge
 
     m_tabella = new QTableView(this);
     m_tabella->setObjectName(QStringLiteral("tabellaEsclusi"));
+    // Tab goes on to the next field; the arrows move within the table.
+    m_tabella->setTabKeyNavigation(false);
     m_tabella->setModel(m_modello);
     m_tabella->setSelectionBehavior(QAbstractItemView::SelectRows);
     m_tabella->setSelectionMode(QAbstractItemView::SingleSelection);

@@ -1,7 +1,10 @@
 #include "screens/templates/HTMLPreview.h"
 
+#include <QChildEvent>
 #include <QDesktopServices>
+#include <QDialog>
 #include <QDir>
+#include <QKeyEvent>
 #include <QWebEnginePage>
 #include <QWebEngineSettings>
 
@@ -52,6 +55,23 @@ HTMLPreview::HTMLPreview(QWidget* genitore) : QWebEngineView(genitore) {
     setObjectName(QStringLiteral("htmlPreview"));
     setPage(new PaginaAnteprima(this));
     setContextMenuPolicy(Qt::NoContextMenu);
+    installEventFilter(this);
+}
+
+bool HTMLPreview::eventFilter(QObject* oggetto, QEvent* evento) {
+    // The page keeps the keys it is given, Esc too; the widget that takes them is made with the page.
+    if (oggetto == this && evento->type() == QEvent::ChildAdded) {
+        if (QObject* figlio = static_cast<QChildEvent*>(evento)->child(); figlio->isWidgetType())
+            figlio->installEventFilter(this);
+    } else if (oggetto != this && evento->type() == QEvent::KeyPress &&
+               static_cast<QKeyEvent*>(evento)->key() == Qt::Key_Escape) {
+        // Esc closes the sheet the message is shown in, as it does from any other field of the sheet.
+        if (auto* foglio = qobject_cast<QDialog*>(window())) {
+            foglio->reject();
+            return true;
+        }
+    }
+    return QWebEngineView::eventFilter(oggetto, evento);
 }
 
 void HTMLPreview::setHtml(const QString& html) {

@@ -26,6 +26,9 @@ public:
 
     static constexpr qsizetype sogliaInLinea = 600000;
 
+protected:
+    bool eventFilter(QObject* oggetto, QEvent* evento) override;
+
 private:
     QString m_ultimoHTML;
     std::unique_ptr<QTemporaryFile> m_file;

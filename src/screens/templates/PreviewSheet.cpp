@@ -5,6 +5,7 @@
 #include "screens/templates/PreviewModel.h"
 #include "screens/templates/Stile.h"
 #include "settings/SettingsStore.h"
+#include "ui/OrdineTab.h"
 #include "ui/Palette.h"
 #include "ui/Rinfresco.h"
 #include "ui/Riquadri.h"
@@ -96,6 +97,7 @@ PreviewSheet::PreviewSheet(MessageTemplate modello, std::optional<ContactList> l
     m_corpo->addWidget(m_anteprima);
     m_corpo->addWidget(m_testoSorgente);
     colonna->addWidget(m_corpo, 1);
+    OrdineTab::subitoDopo(m_righeCombo, m_anteprima);
 
     colonna->addWidget(creaProva());
 
@@ -251,6 +253,10 @@ void PreviewSheet::inviaProva() {
         return;
     m_invioInCorso = true;
     m_esito.reset();
+    // The button hides while the message goes: the keyboard stays on the address rather than falling into the
+    // preview, where it would light a link that Enter then opens.
+    if (m_invia->hasFocus())
+        m_indirizzo->setFocus();
     aggiornaProva();
     QCoro::connect(invia(m_motore, m_modello, valoriCorrenti(), m_indirizzo->text().trimmed(), m_settings, m_store),
                    this, [this](const QString& esito) { concludiProva(esito); });

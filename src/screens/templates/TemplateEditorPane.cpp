@@ -6,6 +6,7 @@
 #include "screens/templates/PannelloLaterale.h"
 #include "screens/templates/Stile.h"
 #include "screens/templates/TemplatesModel.h"
+#include "ui/OrdineTab.h"
 #include "ui/Palette.h"
 #include "ui/Riquadri.h"
 #include "ui/Symbols.h"
@@ -40,6 +41,7 @@ TemplateEditorPane::TemplateEditorPane(EditorController* editor, const QString& 
     m_vista->setOnChange([this](const QString& html, RecordId id) { Q_EMIT corpoCambiato(id, html); });
     m_vista->setMinimumHeight(240);
     colonna->addWidget(m_vista, 1);
+    OrdineTab::subitoDopo(m_campo, m_vista);
     principale->setMinimumWidth(460);
     riga->addWidget(principale, 1);
 
@@ -48,6 +50,8 @@ TemplateEditorPane::TemplateEditorPane(EditorController* editor, const QString& 
     scorrimento->setWidgetResizable(true);
     scorrimento->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     scorrimento->setFrameShape(QFrame::NoFrame);
+    // Tab goes to the fields in the panel, which the area keeps in sight; the area itself is no stop.
+    scorrimento->setFocusPolicy(Qt::NoFocus);
     scorrimento->setFixedWidth(270);
     m_pannello = new PannelloLaterale(scorrimento);
     scorrimento->setWidget(m_pannello);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ui/Risorse.h"
+
 #include "records/ContactList.h"
 #include "records/MessageTemplate.h"
 #include "records/TemplateAttachment.h"
@@ -22,7 +24,7 @@ class TemplateEditorPane : public QWidget {
     Q_OBJECT
 public:
     TemplateEditorPane(EditorController* editor, const QString& initialHTML, RecordId proprietario,
-                       QWidget* genitore = nullptr, const QString& radiceRisorse = QStringLiteral(":"));
+                       QWidget* genitore = nullptr, const QString& radiceRisorse = Risorse::radice());
 
     // Shows the template; `nuovaSelezione` also replaces texts the user may be typing in.
     void mostra(const MessageTemplate& modello, const std::optional<ContactList>& riferimento,

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ui/Risorse.h"
+
 #include "records/ContactList.h"
 #include "records/MessageTemplate.h"
 #include "records/Store.h"
@@ -27,7 +29,7 @@ class TemplatesView : public QWidget, public ConNuovo {
 public:
     // `radiceRisorse` is where the editor's page is looked up (tests point it elsewhere).
     explicit TemplatesView(Ambiente& ambiente, QWidget* genitore = nullptr,
-                           const QString& radiceRisorse = QStringLiteral(":"));
+                           const QString& radiceRisorse = Risorse::radice());
     ~TemplatesView() override;
 
     RecordId selezione() const { return m_selezione; }

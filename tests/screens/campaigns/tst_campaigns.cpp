@@ -15,18 +15,21 @@
 #include "screens/campaigns/CampaignsView.h"
 #include "screens/dashboard/SendDashboardView.h"
 #include "settings/Keychain.h"
+#include "settings/Preset.h"
 #include "settings/SettingsStore.h"
 #include "smtp/SMTPSession.h"
 #include "ui/Ambiente.h"
 #include "ui/Dialoghi.h"
 #include "ui/Formati.h"
 #include "ui/Rinfresco.h"
+#include "ui/Riquadri.h"
 
 #include <QApplication>
 #include <QLabel>
 #include <QListWidget>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
@@ -39,24 +42,16 @@ struct Archivio {
     Store& store;
     Campaign campagna;
 
-    explicit Archivio(int quanti, const QString& html = QStringLiteral("<p>Gentile {{nome}}</p>"))
-        : store(*temp.store) {
-        ContactList lista(QStringLiteral("Clienti"), QStringLiteral("clienti.csv"), {"email", "nome"},
-                          QStringLiteral("email"));
-        store.insert(lista);
-        QList<ContactRow> righe;
-        for (int i = 0; i < quanti; ++i) {
-            const QString email = QStringLiteral("cliente%1@ditta.it").arg(i);
-            righe.append(ContactRow({{"email", email}, {"nome", QStringLiteral("Cliente %1").arg(i)}}, email));
+    explicit Archivio(int quanti, const QString& html = QString()) : store(*temp.store) {
+        QStringList indirizzi;
+        for (int i = 0; i < quanti; ++i)
+            indirizzi.append(QStringLiteral("cliente%1@ditta.it").arg(i));
+        campagna = TestSupport::campagnaSuLista(store, indirizzi);
+        if (auto modello = store.find<MessageTemplate>(campagna.templateId); modello && !html.isEmpty()) {
+            modello->html = html;
+            store.update(*modello);
+            store.save();
         }
-        store.insertRows(lista.id, righe);
-        MessageTemplate modello(QStringLiteral("Saldi"), QStringLiteral("Saldi per {{nome}}"), html);
-        store.insert(modello);
-        campagna = Campaign(QStringLiteral("Primavera"));
-        campagna.listId = lista.id;
-        campagna.templateId = modello.id;
-        store.insert(campagna);
-        store.save();
     }
     // `quanti` logs of the given status for the first addresses, `oreFa` hours ago, under the profile "Brevo".
     void registra(int quanti, SendStatus stato, int oreFa, bool dellaCampagna) {
@@ -99,6 +94,7 @@ private Q_SLOTS:
     void unMessaggioEdElimina();
     void daCapoAFine();
     void pausaRipresaInterruzione();
+    void corsaOltreLaSchermata();
 
 private:
     // The screen shown, its engine's sessions trusting the test authority.
@@ -118,15 +114,19 @@ private:
 };
 
 void TestCampaigns::initTestCase() {
-    Q_INIT_RESOURCE(resources);
     BrezzarioApp::preparaApplicazione();
     auto portachiavi = std::make_unique<MemoryKeychain>();
     m_segreti = portachiavi->entries;
     Keychain::setBackend(std::move(portachiavi));
-    // The sender's domain publishes an MX and nothing else: no SPF, no DKIM, no DMARC.
+    // The sender's domain prova.example publishes an MX and nothing else: no SPF, no DKIM, no DMARC. ditta.it
+    // publishes all three, so a run from it shows no domain warning.
     m_nsd = std::make_unique<NsdServer>(QString::fromLatin1(Loopback::campaignsDns));
     QVERIFY2(m_nsd->start({{QStringLiteral("prova.example"), QStringLiteral("@ IN MX 10 mx\nmx IN A 192.0.2.7\n")},
-                           {QStringLiteral("ditta.it"), QStringLiteral("@ IN MX 10 mx\nmx IN A 192.0.2.8\n")}}),
+                           {QStringLiteral("ditta.it"),
+                            QStringLiteral("@ IN MX 10 mx\nmx IN A 192.0.2.8\n"
+                                           "@ IN TXT \"v=spf1 mx -all\"\n"
+                                           "mail._domainkey IN TXT \"v=DKIM1; k=rsa; p=MIGfMA0GCSqGSIb3\"\n"
+                                           "_dmarc IN TXT \"v=DMARC1; p=quarantine; rua=mailto:dmarc@ditta.it\"\n")}}),
              qPrintable(m_nsd->error()));
     Dig::setResolverForTests(QString::fromLatin1(Loopback::campaignsDns));
     SendEngine::setControlloDominiPerTest(QString::fromLatin1(Loopback::campaignsDns));
@@ -191,6 +191,63 @@ void TestCampaigns::letture() {
     QCOMPARE(l.esclusi, qsizetype(0));
     // A running engine holds every start back.
     QVERIFY(!CampaignReadings::leggi(archivio.campagna, archivio.store, brevo(limite), true).pronta);
+
+    // The screen shows the same readings, with the active profile on Brevo's relay and complete. The profile
+    // and its password go again afterwards: later tests start from a program never configured.
+    struct Ripristino {
+        QHash<MemoryKeychain::Key, QByteArray>& segreti;
+        ~Ripristino() {
+            QSettings(QStringLiteral("velarmo"), QStringLiteral("Brezzario")).clear();
+            segreti.clear();
+        }
+    } ripristino{*m_segreti};
+    SettingsStore settings;
+    const ProfiloAttivo profilo = brevo(limite);
+    SMTPConfig config = configPredefinita(Preset::brevo);
+    config.username = QStringLiteral("8a1b2c001@smtp-brevo.com");
+    config.fromName = QStringLiteral("Ferramenta Rossi");
+    config.fromEmail = profilo.fromEmail;
+    config.dailyLimit = limite;
+    settings.setConfig(config);
+    settings.setNomeProfiloAttivo(profilo.nome);
+    m_segreti->insert({Keychain::servizio, settings.accountCorrente()}, "xsmtpsib-prova");
+    Ambiente ambiente{settings, archivio.store};
+    CampaignsView vista(ambiente);
+    QVERIFY(mostra(vista));
+    vista.seleziona(archivio.campagna.id);
+    CampaignDetailView* dettaglio = vista.dettaglio();
+    QVERIFY(dettaglio->isVisible());
+    auto* avvia = dettaglio->findChild<QPushButton*>(QStringLiteral("avvia"));
+    QTEST(avvia->text(), "etichetta");
+    QTEST(avvia->isEnabled(), "pronta");
+    QTEST(riga(dettaglio, "quota"), "quota");
+    QTEST(riga(dettaglio, "attesa"), "attesa");
+    QVERIFY(!dettaglio->findChild<QWidget*>(QStringLiteral("nonConfigurato"))->isVisible());
+    // The sender's domain is checked as the detail appears; the picture waits for its verdict.
+    QTRY_VERIFY_WITH_TIMEOUT(dettaglio->findChild<QWidget*>(QStringLiteral("avvisoDominio"))->isVisible(), 20000);
+    const QString tag = QString::fromLatin1(QTest::currentDataTag()).replace(u' ', u'-');
+    TestSupport::salvaSchermata(&vista, QStringLiteral("campagne-letture-") + tag);
+
+    // The confirm dialog asks for what would go now, and "Annulla" starts nothing.
+    if (!avvia->isEnabled())
+        return;
+    const qsizetype registri = archivio.store.all<SendLog>().size();
+    QString titolo;
+    QTimer::singleShot(200, [&] {
+        auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        if (!box)
+            return;
+        titolo = box->text();
+        TestSupport::salvaSchermata(box, QStringLiteral("campagne-conferma-") + tag);
+        for (QAbstractButton* pulsante : box->buttons())
+            if (pulsante->text() == QStringLiteral("Annulla"))
+                pulsante->click();
+    });
+    QTest::mouseClick(avvia, Qt::LeftButton);
+    QCOMPARE(titolo, QStringLiteral("Inviare %1 messaggi?").arg(l.partiranno));
+    QVERIFY(!vista.motore()->isRunning());
+    QVERIFY(!dettaglio->cruscotto());
+    QCOMPARE(archivio.store.all<SendLog>().size(), registri);
 }
 
 // A deleted list: the banner, no recipients, no missing fields, and the counters of what was sent stay.
@@ -406,6 +463,19 @@ void TestCampaigns::pausaRipresaInterruzione() {
     QCOMPARE(pausa->text(), QStringLiteral("Pausa"));
     QVERIFY(!dettaglio->findChild<QPushButton*>(QStringLiteral("avvia"))->isVisible());
     QVERIFY(riga(dettaglio, "statoInvio").startsWith(QStringLiteral("Invio in corso: ")));
+    // The detail and the list follow the run within their refresh interval.
+    QTRY_VERIFY_WITH_TIMEOUT(dettaglio->letture().giaInviate >= 2, 5000);
+    // ditta.it is authenticated: once its check is back, no warning stands above the run.
+    QTRY_VERIFY_WITH_TIMEOUT(dettaglio->esitoDNS().has_value(), 20000);
+    QCOMPARE(dettaglio->esitoDNS()->dkim.caso, DNSCheck::Esito::ok);
+    QVERIFY(!dettaglio->findChild<QWidget*>(QStringLiteral("avvisoDominio"))->isVisible());
+    QTRY_VERIFY_WITH_TIMEOUT(vista.elenco()
+                                 ->itemWidget(vista.elenco()->item(0))
+                                 ->findChildren<QLabel*>()
+                                 .last()
+                                 ->text()
+                                 .startsWith(QStringLiteral("In corso")),
+                             5000);
     TestSupport::salvaSchermata(&vista, QStringLiteral("campagne-in-corso"));
 
     QTest::mouseClick(pausa, Qt::LeftButton);
@@ -416,6 +486,16 @@ void TestCampaigns::pausaRipresaInterruzione() {
     QTest::qWait(1500);
     QVERIFY2(motore.processed() <= inPausa + 1, qPrintable(QString::number(motore.processed() - inPausa)));
     const qint64 fermo = motore.processed();
+    // The dashboard opened again during the pause shows it, and offers to resume.
+    QTest::mouseClick(dettaglio->findChild<QPushButton*>(QStringLiteral("apriCruscotto")), Qt::LeftButton);
+    QTRY_VERIFY(dettaglio->cruscotto() && dettaglio->cruscotto()->isVisible());
+    SendDashboardView* cruscotto = dettaglio->cruscotto();
+    QCOMPARE(cruscotto->findChild<BadgeView*>(QStringLiteral("badgeStato"))->testo(), QStringLiteral("In pausa"));
+    QCOMPARE(cruscotto->findChild<QPushButton*>(QStringLiteral("pausa"))->text(), QStringLiteral("Riprendi"));
+    QCOMPARE(cruscotto->findChild<QPushButton*>(QStringLiteral("principale"))->text(), QStringLiteral("Nascondi"));
+    TestSupport::salvaSchermata(cruscotto, QStringLiteral("campagne-cruscotto-in-pausa"));
+    cruscotto->close();
+    QVERIFY(motore.isPaused());
     QTest::mouseClick(pausa, Qt::LeftButton);
     QVERIFY(!motore.isPaused());
     QTRY_VERIFY_WITH_TIMEOUT(motore.processed() > fermo, 10000);
@@ -430,5 +510,57 @@ void TestCampaigns::pausaRipresaInterruzione() {
     QTRY_VERIFY(dettaglio->findChild<QPushButton*>(QStringLiteral("avvia"))->isVisible());
 }
 
-QTEST_MAIN(TestCampaigns)
+// The user leaves the section during a run and comes back: the run goes on with the engine of the screen that
+// is gone, and the screen made afresh holds the start back until it ends, so nobody gets the message twice.
+void TestCampaigns::corsaOltreLaSchermata() {
+    AiosmtpdServer server(AiosmtpdServer::withTls(m_ca, QString::fromLatin1(Loopback::campaignsSmtp)));
+    QVERIFY2(server.start(), qPrintable(server.errorString()));
+    Archivio archivio(30);
+    SettingsStore settings;
+    SMTPConfig config = server.config();
+    config.fromEmail = QStringLiteral("negozio@ditta.it");
+    config.delayBetweenMessages = 0.3;
+    config.dailyLimit = 0;
+    config.verificaDomini = false;
+    settings.setConfig(config);
+    m_segreti->insert({Keychain::servizio, settings.accountCorrente()}, AiosmtpdServer::Options().password.toUtf8());
+    Ambiente ambiente{settings, archivio.store};
+    auto prima = std::make_unique<CampaignsView>(ambiente);
+    QVERIFY(mostra(*prima));
+    prima->seleziona(archivio.campagna.id);
+    Dialoghi::rispondiDomanda([](const QString&, const QString&) { return 0; });
+    prima->dettaglio()->chiediAvvio();
+    Dialoghi::rispondiDomanda({});
+    const std::shared_ptr<SendEngine> motore = prima->motore();
+    QTRY_VERIFY_WITH_TIMEOUT(motore->sent() >= 1, 20000);
+    prima->dettaglio()->cruscotto()->close();
+    prima.reset();
+    QVERIFY(motore->isRunning());
+
+    CampaignsView dopo(ambiente);
+    QVERIFY(mostra(dopo));
+    dopo.seleziona(archivio.campagna.id);
+    CampaignDetailView* dettaglio = dopo.dettaglio();
+    auto* avvia = dettaglio->findChild<QPushButton*>(QStringLiteral("avvia"));
+    QVERIFY(avvia->isVisible());
+    QVERIFY(!avvia->isEnabled());
+    QVERIFY(dettaglio->findChild<QWidget*>(QStringLiteral("altroInvio"))->isVisible());
+    TestSupport::salvaSchermata(&dopo, QStringLiteral("campagne-invio-in-secondo-piano"));
+    // Even asked directly, the new screen's engine sends nobody while the other run goes on.
+    QCoro::waitFor(dopo.motore()->run(*archivio.store.find<Campaign>(archivio.campagna.id), settings, archivio.store));
+    QCOMPARE(dopo.motore()->sent(), qint64(0));
+
+    motore->cancel();
+    QTRY_VERIFY_WITH_TIMEOUT(!motore->isRunning(), 10000);
+    QTRY_VERIFY_WITH_TIMEOUT(!dettaglio->findChild<QWidget*>(QStringLiteral("altroInvio"))->isVisible(), 5000);
+    const qint64 restano = 30 - qint64(server.messages().size());
+    QTRY_COMPARE(avvia->text(), QStringLiteral("Riprendi invio (%1)").arg(restano));
+    QVERIFY(avvia->isEnabled());
+    QStringList destinatari;
+    for (const auto& messaggio : server.messages())
+        destinatari += messaggio.rcptTos;
+    QCOMPARE(destinatari.size(), QSet<QString>(destinatari.cbegin(), destinatari.cend()).size());
+}
+
+BREZZARIO_TEST_MAIN(TestCampaigns)
 #include "tst_campaigns.moc"

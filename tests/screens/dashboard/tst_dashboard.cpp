@@ -101,10 +101,7 @@ QString statoDi(QWidget* radice) {
 class TestDashboard : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void initTestCase() {
-        Q_INIT_RESOURCE(resources);
-        BrezzarioApp::preparaApplicazione();
-    }
+    void initTestCase() { BrezzarioApp::preparaApplicazione(); }
 
     void cleanup() { Dialoghi::rispondiSalvataggio({}); }
     void durata_data() {

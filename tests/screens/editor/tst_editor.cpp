@@ -73,7 +73,6 @@ private:
 };
 
 void TestEditor::initTestCase() {
-    Q_INIT_RESOURCE(resources);
     m_controller = new EditorController(this);
     m_vista = new RichTextEditor(m_controller, QStringLiteral("<div>iniziale</div>"), 1);
     m_vista->setOnChange([this](const QString& html, RecordId proprietario) { m_cambi.append({html, proprietario}); });
@@ -609,7 +608,8 @@ void TestEditor::annullaERipeti() {
 // With no page in the resources the editor stays blank and never becomes ready; nothing is said.
 void TestEditor::paginaMancante() {
     QCOMPARE(RichTextEditor::percorsoPagina(QStringLiteral(":/nessuna")), QString());
-    QCOMPARE(RichTextEditor::percorsoPagina(QStringLiteral(":")), QStringLiteral(":/Editor/editor.html"));
+    QCOMPARE(RichTextEditor::percorsoPagina(Risorse::radice()),
+             Risorse::radice() + QStringLiteral("/Editor/editor.html"));
     EditorController controller;
     RichTextEditor vista(&controller, QStringLiteral("x"), 1, nullptr, QStringLiteral(":/nessuna"));
     vista.show();

@@ -113,10 +113,7 @@ int rigaCon(const ListDetailModel& modello, int colonna, const QString& valore) 
 class TestLists : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void initTestCase() {
-        Q_INIT_RESOURCE(resources);
-        BrezzarioApp::preparaApplicazione();
-    }
+    void initTestCase() { BrezzarioApp::preparaApplicazione(); }
     void cleanup() {
         Dialoghi::rispondiApertura({});
         Dialoghi::rispondiSalvataggio({});

@@ -226,5 +226,5 @@ void TestDatiEsempio::sezione() {
     QVERIFY(temp.store->all<ContactList>().isEmpty());
 }
 
-QTEST_MAIN(TestDatiEsempio)
+BREZZARIO_TEST_MAIN(TestDatiEsempio)
 #include "tst_dati_esempio.moc"

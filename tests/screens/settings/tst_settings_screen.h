@@ -33,6 +33,8 @@ private Q_SLOTS:
     void hostDigitatoSceglieIlProvider();
     void presetSostituisceIlLimite_data();
     void presetSostituisceIlLimite();
+    void profiloPerProvider_data();
+    void profiloPerProvider();
     void nomeUtenteRiempieIlMittente_data();
     void nomeUtenteRiempieIlMittente();
     void avvisoMittente_data();

@@ -151,7 +151,6 @@ private:
 };
 
 void TestTemplates::initTestCase() {
-    Q_INIT_RESOURCE(resources);
     BrezzarioApp::preparaApplicazione();
     auto portachiavi = std::make_unique<MemoryKeychain>();
     m_segreti = portachiavi->entries;
@@ -540,6 +539,8 @@ void TestTemplates::invioDiProva() {
     QVERIFY(foglio->findChild<QWidget*>(QStringLiteral("attesaProva"))->isVisible());
     QTRY_VERIFY_WITH_TIMEOUT(!foglio->invioInCorso(), 30000);
     QCOMPARE(foglio->esito().value_or(QString()), QStringLiteral("Messaggio di prova inviato a prova@ditta.it."));
+    // The clicked button hid during the send; the keyboard went back to the address, not into the preview.
+    QCOMPARE(QApplication::focusWidget(), foglio->findChild<QLineEdit*>(QStringLiteral("indirizzoProva")));
     auto* esito = foglio->findChild<QLabel*>(QStringLiteral("esitoProva"));
     QVERIFY(esito->isVisible());
     QVERIFY(esito->styleSheet().contains(Palette::css(Palette::colore(Colore::green))));

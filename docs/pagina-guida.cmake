@@ -1,0 +1,23 @@
+# One page of the guide: Markdown to HTML (tables and bare links included), links between pages turned to
+# their HTML names, and the page's first heading as its title.
+execute_process(COMMAND ${CMARK} --extension table --extension autolink --extension strikethrough ${SORGENTE}
+                OUTPUT_VARIABLE corpo RESULT_VARIABLE esito)
+if(NOT esito EQUAL 0)
+    message(FATAL_ERROR "cmark-gfm non ha convertito ${SORGENTE}")
+endif()
+string(REGEX REPLACE "href=\"([^\":]+)\\.md(#[^\"]*|)\"" "href=\"\\1.html\\2\"" corpo "${corpo}")
+set(titolo "Guida di Brezzario")
+if(corpo MATCHES "<h1>([^<]*)</h1>")
+    set(titolo "${CMAKE_MATCH_1} — Guida di Brezzario")
+endif()
+get_filename_component(nome ${SORGENTE} NAME_WE)
+if(nome STREQUAL "index")
+    set(indice "")
+else()
+    set(indice "<nav><a href=\"index.html\">← Indice della guida</a></nav>")
+endif()
+file(READ ${MODELLO} pagina)
+string(REPLACE "@TITOLO@" "${titolo}" pagina "${pagina}")
+string(REPLACE "@INDICE@" "${indice}" pagina "${pagina}")
+string(REPLACE "@CORPO@" "${corpo}" pagina "${pagina}")
+file(WRITE ${DESTINAZIONE} "${pagina}")
