@@ -14,7 +14,7 @@ set -euo pipefail
 radice=$(cd "$(dirname "$0")/.." && pwd)
 build=$(cd "${1:-$radice/build}" && pwd)
 destinazione=${2:-$radice/docs/guida/immagini}
-exec /usr/bin/python3 - "$radice/docs/guida/immagini/origine.txt" "$build" "$destinazione" <<'PY'
+exec /usr/bin/python3 - "$radice" "$radice/docs/guida/immagini/origine.txt" "$build" "$destinazione" <<'PY'
 import json
 import os
 import shutil
@@ -22,22 +22,11 @@ import subprocess
 import sys
 import tempfile
 
-origine, build, destinazione = sys.argv[1:4]
-
-
-def leggi_origine(percorso):
-    """Lines of 'picture | test | function | screenshot'; '#' starts a comment."""
-    voci = []
-    with open(percorso, encoding="utf-8") as file:
-        for numero, riga in enumerate(file, 1):
-            riga = riga.split("#", 1)[0].strip()
-            if not riga:
-                continue
-            campi = [campo.strip() for campo in riga.split("|")]
-            if len(campi) != 4 or not all(campi):
-                sys.exit(f"{percorso}:{numero}: expected 'picture | test | function | screenshot'")
-            voci.append(campi)
-    return voci
+radice, origine, build, destinazione = sys.argv[1:5]
+# The guide's checker reads the pictures' origin the same way.
+sys.dont_write_bytecode = True  # no cache files in the source tree
+sys.path.insert(0, os.path.join(radice, "tests", "guida"))
+from controlla_guida import leggi_origine  # noqa: E402
 
 
 def test_di_ctest(build):
@@ -49,7 +38,9 @@ def test_di_ctest(build):
     return tests
 
 
-voci = leggi_origine(origine)
+voci, errori_origine = leggi_origine(origine)
+if errori_origine:
+    sys.exit("\n".join(errori_origine))
 tests = test_di_ctest(build)
 errori = []
 with tempfile.TemporaryDirectory(prefix="guida-immagini-") as lavoro:

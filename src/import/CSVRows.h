@@ -48,6 +48,30 @@ struct Cells {
     void appendUtf8(qsizetype cell, QByteArray& out) const;
 };
 
+// Steps through a container by index, handing out what at(i) returns: a row's cells and a table's rows are
+// made on demand, not stored.
+template <typename Container, typename Value> class IndexIterator {
+public:
+    using iterator_category = std::input_iterator_tag;
+    using value_type = Value;
+    using difference_type = qsizetype;
+    using pointer = void;
+    using reference = Value;
+
+    IndexIterator(const Container* container, qsizetype i) : m_container(container), m_i(i) {}
+    Value operator*() const { return m_container->at(m_i); }
+    IndexIterator& operator++() {
+        ++m_i;
+        return *this;
+    }
+    IndexIterator operator++(int) { return {m_container, m_i++}; }
+    bool operator==(const IndexIterator& other) const { return m_i == other.m_i; }
+
+private:
+    const Container* m_container;
+    qsizetype m_i;
+};
+
 // One row of a table, read cell by cell. It looks into the table's cells, so it is valid as long as a Rows
 // that holds them lives.
 class Row {
@@ -67,27 +91,7 @@ public:
     }
     QStringList toList() const;
 
-    class const_iterator {
-    public:
-        using iterator_category = std::input_iterator_tag;
-        using value_type = QString;
-        using difference_type = qsizetype;
-        using pointer = void;
-        using reference = QString;
-
-        const_iterator(const Row* row, qsizetype i) : m_row(row), m_i(i) {}
-        QString operator*() const { return m_row->at(m_i); }
-        const_iterator& operator++() {
-            ++m_i;
-            return *this;
-        }
-        const_iterator operator++(int) { return {m_row, m_i++}; }
-        bool operator==(const const_iterator& other) const { return m_i == other.m_i; }
-
-    private:
-        const Row* m_row;
-        qsizetype m_i;
-    };
+    using const_iterator = IndexIterator<Row, QString>;
     const_iterator begin() const { return {this, 0}; }
     const_iterator end() const { return {this, m_count}; }
     const_iterator cbegin() const { return begin(); }
@@ -117,27 +121,7 @@ public:
     Rows sliced(qsizetype from, qsizetype n) const;
     QList<QStringList> toList() const;
 
-    class const_iterator {
-    public:
-        using iterator_category = std::input_iterator_tag;
-        using value_type = Row;
-        using difference_type = qsizetype;
-        using pointer = void;
-        using reference = Row;
-
-        const_iterator(const Rows* rows, qsizetype i) : m_rows(rows), m_i(i) {}
-        Row operator*() const { return m_rows->at(m_i); }
-        const_iterator& operator++() {
-            ++m_i;
-            return *this;
-        }
-        const_iterator operator++(int) { return {m_rows, m_i++}; }
-        bool operator==(const const_iterator& other) const { return m_i == other.m_i; }
-
-    private:
-        const Rows* m_rows;
-        qsizetype m_i;
-    };
+    using const_iterator = IndexIterator<Rows, Row>;
     const_iterator begin() const { return {this, 0}; }
     const_iterator end() const { return {this, m_count}; }
     const_iterator cbegin() const { return begin(); }

@@ -38,6 +38,17 @@ QStringList rifiuto(const QString& destinatario) {
 
 const QStringList uscita{"C: QUIT", "S: 221 2.0.0 Arrivederci"};
 
+// The run's settings for a plain connection to the scripted server, before the engine's own defaults.
+SMTPConfig versoIlCopione(const ScriptedServer& server) {
+    SMTPConfig config;
+    config.host = QString::fromLatin1(Loopback::engineSmtp);
+    config.port = server.port();
+    config.useTLS = false;
+    config.username = QStringLiteral("utente@prova.example");
+    config.fromEmail = mittente;
+    return config;
+}
+
 } // namespace
 
 void TestEngine::copioni_data() {
@@ -122,13 +133,7 @@ void TestEngine::copioni() {
     QFETCH(int, connessioni);
     ScriptedServer server(copione);
     QVERIFY(server.listen(QString::fromLatin1(Loopback::engineSmtp)));
-    SMTPConfig config;
-    config.host = QString::fromLatin1(Loopback::engineSmtp);
-    config.port = server.port();
-    config.useTLS = false;
-    config.username = QStringLiteral("utente@prova.example");
-    config.fromEmail = mittente;
-    Scena scena(configurazione(config), {"anna@ditta.it", "bruno@ditta.it", "carla@ditta.it"}, nullptr,
+    Scena scena(configurazione(versoIlCopione(server)), {"anna@ditta.it", "bruno@ditta.it", "carla@ditta.it"}, nullptr,
                 std::chrono::seconds(3));
     scena.corri();
 
@@ -161,13 +166,7 @@ void TestEngine::esitoPrimaDelMessaggioSuccessivo() {
     const QString a = "anna@ditta.it", b = "bruno@ditta.it", c = "carla@ditta.it";
     ScriptedServer server(apertura() + consegna(a) + consegna(b) + consegna(c) + uscita);
     QVERIFY(server.listen(QString::fromLatin1(Loopback::engineSmtp)));
-    SMTPConfig config;
-    config.host = QString::fromLatin1(Loopback::engineSmtp);
-    config.port = server.port();
-    config.useTLS = false;
-    config.username = QStringLiteral("utente@prova.example");
-    config.fromEmail = mittente;
-    config = configurazione(config);
+    SMTPConfig config = configurazione(versoIlCopione(server));
     config.delayBetweenMessages = pausa;
     Scena scena(config, {a, b, c}, nullptr, std::chrono::seconds(3));
     QList<qsizetype> registrati; // deliveries in the store as each message's DATA arrives
@@ -187,13 +186,7 @@ void TestEngine::pausaARitmoZero() {
     const QString a = "anna@ditta.it", b = "bruno@ditta.it", c = "carla@ditta.it";
     ScriptedServer server(apertura() + consegna(a) + consegna(b) + consegna(c) + uscita);
     QVERIFY(server.listen(QString::fromLatin1(Loopback::engineSmtp)));
-    SMTPConfig config;
-    config.host = QString::fromLatin1(Loopback::engineSmtp);
-    config.port = server.port();
-    config.useTLS = false;
-    config.username = QStringLiteral("utente@prova.example");
-    config.fromEmail = mittente;
-    Scena scena(configurazione(config), {a, b, c}, nullptr, std::chrono::seconds(3));
+    Scena scena(configurazione(versoIlCopione(server)), {a, b, c}, nullptr, std::chrono::seconds(3));
     SendEngine& engine = *scena.engine;
     int dati = 0;
     connect(&server, &ScriptedServer::lineReceived, this, [&](const QString& line) {

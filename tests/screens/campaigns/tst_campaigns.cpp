@@ -108,6 +108,19 @@ private:
         return QTest::qWaitForWindowExposed(&vista);
     }
 
+    // A profile that sends from ditta.it to the server at the given pace, with no quota and no domain checks,
+    // its password in the keychain.
+    void profiloVerso(const AiosmtpdServer& server, double pausa, SettingsStore& settings) {
+        SMTPConfig config = server.config();
+        config.fromEmail = QStringLiteral("negozio@ditta.it");
+        config.delayBetweenMessages = pausa;
+        config.dailyLimit = 0;
+        config.verificaDomini = false;
+        settings.setConfig(config);
+        m_segreti->insert({Keychain::servizio, settings.accountCorrente()},
+                          AiosmtpdServer::Options().password.toUtf8());
+    }
+
     TestCA m_ca;
     std::unique_ptr<NsdServer> m_nsd;
     std::shared_ptr<QHash<MemoryKeychain::Key, QByteArray>> m_segreti;
@@ -437,13 +450,7 @@ void TestCampaigns::pausaRipresaInterruzione() {
     QVERIFY2(server.start(), qPrintable(server.errorString()));
     Archivio archivio(40);
     SettingsStore settings;
-    SMTPConfig config = server.config();
-    config.fromEmail = QStringLiteral("negozio@ditta.it");
-    config.delayBetweenMessages = 0.4;
-    config.dailyLimit = 0;
-    config.verificaDomini = false;
-    settings.setConfig(config);
-    m_segreti->insert({Keychain::servizio, settings.accountCorrente()}, AiosmtpdServer::Options().password.toUtf8());
+    profiloVerso(server, 0.4, settings);
     Ambiente ambiente{settings, archivio.store};
     CampaignsView vista(ambiente);
     QVERIFY(mostra(vista));
@@ -517,13 +524,7 @@ void TestCampaigns::corsaOltreLaSchermata() {
     QVERIFY2(server.start(), qPrintable(server.errorString()));
     Archivio archivio(30);
     SettingsStore settings;
-    SMTPConfig config = server.config();
-    config.fromEmail = QStringLiteral("negozio@ditta.it");
-    config.delayBetweenMessages = 0.3;
-    config.dailyLimit = 0;
-    config.verificaDomini = false;
-    settings.setConfig(config);
-    m_segreti->insert({Keychain::servizio, settings.accountCorrente()}, AiosmtpdServer::Options().password.toUtf8());
+    profiloVerso(server, 0.3, settings);
     Ambiente ambiente{settings, archivio.store};
     auto prima = std::make_unique<CampaignsView>(ambiente);
     QVERIFY(mostra(*prima));
