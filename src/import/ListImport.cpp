@@ -145,11 +145,6 @@ bool ImportSheetState::importabile() const {
     return !Text::isBlank(nome) && !colonnaEmail.isEmpty();
 }
 
-QList<ContactRow> ImportSheetState::righeDaImportare() const {
-    QSet<QString> visti;
-    return righeDaImportare(0, tabellaCorrente().rows.size(), visti);
-}
-
 qsizetype ImportSheetState::indiceColonnaEmail() const {
     // The column whose cell the map of a row holds under the address column's name: of equal names the last.
     const QStringList& colonne = tabellaCorrente().columns;
@@ -171,29 +166,6 @@ bool ImportSheetState::prendi(const CSVParser::Row& riga, qsizetype colonna, QSe
         visti.insert(*indirizzo);
     }
     return true;
-}
-
-QList<ContactRow> ImportSheetState::righeDaImportare(qsizetype inizio, qsizetype fine, QSet<QString>& visti) const {
-    const CSVParser::Table& tabella = tabellaCorrente();
-    const QStringList& colonne = tabella.columns;
-    const qsizetype colonna = indiceColonnaEmail();
-    fine = qMin(fine, tabella.rows.size());
-    QList<ContactRow> risultato;
-    risultato.reserve(qMax(qsizetype(0), fine - inizio));
-    for (qsizetype n = inizio; n < fine; ++n) {
-        const CSVParser::Row riga = tabella.rows.at(n);
-        QString indirizzo;
-        if (!prendi(riga, colonna, visti, &indirizzo))
-            continue;
-        // The same map as the table's dictionaries: of two equal names the later column wins.
-        RowValues valori;
-        valori.reserve(colonne.size());
-        for (qsizetype i = 0; i < colonne.size(); ++i)
-            if (!colonne.at(i).isEmpty())
-                valori.insert(colonne.at(i), riga.value(i));
-        risultato.append(ContactRow(std::move(valori), std::move(indirizzo)));
-    }
-    return risultato;
 }
 
 QList<Store::RigaCodificata> ImportSheetState::righeCodificate(qsizetype inizio, qsizetype fine, QSet<QString>& visti,

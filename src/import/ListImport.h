@@ -2,7 +2,6 @@
 
 #include "import/CSVParser.h"
 #include "records/ContactList.h"
-#include "records/ContactRow.h"
 #include "records/Store.h"
 
 #include <QSet>
@@ -61,12 +60,9 @@ public:
     void aggiornaColonnaEmail();
     bool importabile() const;
 
-    // The rows the list would get, in file order, with their addresses normalised. Pure: no store involved.
-    QList<ContactRow> righeDaImportare() const;
-    // The same for the data rows from `inizio` up to `fine`, with the addresses already taken before them.
-    QList<ContactRow> righeDaImportare(qsizetype inizio, qsizetype fine, QSet<QString>& visti) const;
-    // The same rows with their values encoded as the store keeps them, written into `valori`, which the rows
-    // look into: the way an import stores them.
+    // The data rows from `inizio` up to `fine` that go into the list, in file order, with the addresses already
+    // taken before them and normalised. Their values, encoded as the store keeps them, are written into
+    // `valori`, which the rows look into.
     QList<Store::RigaCodificata> righeCodificate(qsizetype inizio, qsizetype fine, QSet<QString>& visti,
                                                  QByteArray& valori) const;
     // The list as it is about to be stored, without its identity.
